@@ -1,0 +1,38 @@
+#include "chipinfo.h"
+
+namespace DEV {
+
+DeviceArg::DeviceArg(const ChipInfo& info)
+    : ChipInfo(info)
+{
+}
+
+DeviceArg& DeviceArg::operator=(const DeviceArg& other)
+{
+    deviceId = other.deviceId;
+    partNumber = other.partNumber;
+    series = other.series;
+    matchKey = other.matchKey;
+    device = other.device;
+    deviceVersion = other.deviceVersion;
+    package = other.package;
+    voltage = other.voltage;
+    speed = other.speed;
+    auxiliary = other.auxiliary;
+    resources = other.resources;
+    return *this;
+}
+
+// Equality is identity of the device, not of the whole record: a host keeps
+// a DeviceArg around and asks "is this still the same device?".
+bool DeviceArg::operator==(const DeviceArg& other)
+{
+    return deviceId == other.deviceId;
+}
+
+bool DeviceArg::operator!=(const DeviceArg& other)
+{
+    return !(deviceId == other.deviceId);
+}
+
+} // namespace DEV

@@ -1,0 +1,114 @@
+#ifndef DEV_DEVICEDB_H
+#define DEV_DEVICEDB_H
+
+#include "chipinfo.h"
+#include "device_export.h"
+
+#include <QList>
+#include <QString>
+
+#include <memory>
+
+namespace DEV {
+
+struct ChipFilter;
+struct ChipFilterBySearch;
+
+namespace pimpl {
+class DeviceDbPrivate;
+}
+
+/**
+ * @brief Translates an old "zr9k31-NNN" device identifier into the current
+ * "zr9k31a-NNN" one.
+ *
+ * Only the eleven identifiers that were renamed are translated; the test is
+ * exact and case-sensitive over the whole string. Every other identifier,
+ * current ones included, is returned unchanged.
+ */
+DEVICE_EXPORT QString deviceIdCompatFor9k31(const QString& id);
+
+/**
+ * @brief The read-only database of every chip in a device data file.
+ *
+ * The file is read once, when the database is constructed; from then on the
+ * list never changes, so the const queries may run from any number of threads
+ * at once. Queries walk the list in database order (device version descending)
+ * and hand out copies that share their strings with the database.
+ *
+ * Absence is a value, never an error: single-record look-ups return a
+ * default-constructed ChipInfo, list queries an empty list. Problems with the
+ * data file are written to Qt's critical message channel and the database
+ * carries on with every well-formed line.
+ *
+ * @code
+ * DEV::DeviceDb* db = DEV::DeviceDb::instance();
+ * const DEV::ChipInfo chip = db->findByID(QStringLiteral("zr9k31a-015"));
+ * if (!chip.partNumber.isEmpty())
+ *     qDebug() << chip.partNumber << chip.package;
+ * @endcode
+ */
+class DEVICE_EXPORT DeviceDb
+{
+public:
+    /**
+     * Loads the device data file @p fileName. A missing or unreadable file
+     * gives an empty database and one critical message.
+     */
+    explicit DeviceDb(const QString& fileName);
+    ~DeviceDb();
+
+    DeviceDb(const DeviceDb&) = delete;
+    DeviceDb& operator=(const DeviceDb&) = delete;
+
+    /**
+     * The process-wide database, loaded on the first call from
+     * QCoreApplication::applicationDirPath() + "/../data/device/device_info.csv".
+     * Safe to call from several threads at once: the file is read once and
+     * every caller gets the same object. Create the QCoreApplication first,
+     * since the path depends on it. The database lives until the process exits.
+     */
+    static DeviceDb* instance();
+
+    /**
+     * The first chip whose device identifier is @p id. An old "zr9k31-NNN"
+     * identifier is translated with deviceIdCompatFor9k31() first, and only
+     * the translated identifier is looked up. Returns an empty record when
+     * nothing matches.
+     */
+    ChipInfo findByID(const QString& id) const;
+
+    /// Every chip with the part number @p pn, in database order.
+    QList<ChipInfo> findByPN(const QString& pn) const;
+
+    /**
+     * The first chip whose part number is @p partNumber and whose match key
+     * is @p matchKey, or an empty record.
+     */
+    ChipInfo find(const QString& partNumber, const QString& matchKey);
+
+    /// Every chip, in database order.
+    QList<ChipInfo> allChipInfo() const;
+
+    /// Every chip as a DeviceArg, position by position the chips of allChipInfo().
+    QList<DeviceArg> allDevice() const;
+
+    /// The chips that match every set criterion of @p filter, in database order.
+    QList<ChipInfo> filterChips(const ChipFilter& filter) const;
+
+    /// The chips of filterChips(@p filter), each as a DeviceArg.
+    QList<DeviceArg> filterDevice(const ChipFilter& filter) const;
+
+    /**
+     * The chips of @p chips that match the free-text search @p filter, in the
+     * order of @p chips. The database's own list is not consulted.
+     */
+    QList<ChipInfo> filterChips(const ChipFilterBySearch& filter, const QList<ChipInfo>& chips) const;
+
+private:
+    std::unique_ptr<pimpl::DeviceDbPrivate> d;
+};
+
+} // namespace DEV
+
+#endif // DEV_DEVICEDB_H
