@@ -2,9 +2,14 @@
 
 #include <QDebug>
 #include <QFile>
-#include <QTextStream>
+#include <QHash>
+#include <QStringView>
+#include <QTextCodec>
+#include <QVarLengthArray>
 
 #include <algorithm>
+#include <memory>
+#include <vector>
 
 namespace DEV {
 namespace pimpl {
@@ -18,24 +23,165 @@ constexpr int FirstResourceColumn = 10;
 // accepted and simply lack speed and/or auxiliary.
 constexpr int MinimumColumns = 8;
 
-ChipInfo recordFromColumns(const QStringList& parts)
+// The file is decoded block by block, so memory stays bounded however large
+// the file is, while each block is big enough to make per-call costs vanish.
+constexpr qint64 BlockSize = 1 << 20;
+
+/**
+ * Turns decoded lines into records.
+ *
+ * Catalogue values repeat heavily (a series, a package or a voltage appears
+ * on thousands of lines, a resource tuple on every line of one device), so
+ * every value is stored once and shared by all records that carry it. That
+ * keeps the database small and makes loading mostly hash look-ups.
+ */
+class RecordBuilder
 {
-    ChipInfo info;
-    info.deviceId = parts.at(0).trimmed();
-    info.partNumber = parts.at(1).trimmed();
-    info.series = parts.at(2).trimmed();
-    info.matchKey = parts.at(3).trimmed();
-    info.device = parts.at(4).trimmed();
-    info.deviceVersion = parts.at(5).trimmed();
-    info.package = parts.at(6).trimmed();
-    info.voltage = parts.at(7).trimmed();
-    // value() yields an empty string for the columns a short line lacks.
-    info.speed = parts.value(8).trimmed();
-    info.auxiliary = parts.value(9).trimmed();
-    if (parts.size() > FirstResourceColumn)
-        info.resources = parts.mid(FirstResourceColumn);
-    return info;
-}
+public:
+    explicit RecordBuilder(QList<ChipInfo>& chips)
+        : m_chips(chips)
+    {
+        m_empty = QString(QLatin1String(""));
+    }
+
+    void addLine(QStringView line)
+    {
+        if (line.isEmpty())
+            return;
+
+        m_commas.clear();
+        const QChar* begin = line.data();
+        const qsizetype size = line.size();
+        for (qsizetype i = 0; i < size; ++i) {
+            if (begin[i] == QLatin1Char(','))
+                m_commas.append(int(i));
+        }
+        const int columns = m_commas.size() + 1;
+        if (columns < MinimumColumns) {
+            qCritical() << "incorrect device info entry" << line.toString();
+            return;
+        }
+
+        // Fill the record in place: appending a filled one would copy it.
+        m_chips.append(ChipInfo());
+        ChipInfo& info = m_chips.last();
+        info.deviceId = text(line, 0);
+        info.partNumber = text(line, 1);
+        info.series = text(line, 2);
+        info.matchKey = text(line, 3);
+        info.device = text(line, 4);
+        info.deviceVersion = text(line, 5);
+        info.package = text(line, 6);
+        info.voltage = text(line, 7);
+        info.speed = columns > 8 ? text(line, 8) : m_empty;
+        info.auxiliary = columns > 9 ? text(line, 9) : m_empty;
+        if (columns > FirstResourceColumn)
+            info.resources = resources(line);
+        m_versionRank.push_back(versionBucket(info.deviceVersion));
+    }
+
+    /// Orders the records by device version, newest first.
+    void finish()
+    {
+        // Few distinct versions exist, so this is a counting sort: rank the
+        // versions, then move each record to its slot. Records of one
+        // version keep their file order.
+        const int buckets = m_versions.size();
+        std::vector<int> byVersion(buckets);
+        for (int i = 0; i < buckets; ++i)
+            byVersion[i] = i;
+        std::sort(byVersion.begin(), byVersion.end(), [this](int a, int b) {
+            return m_versions.at(a).compare(m_versions.at(b), Qt::CaseSensitive) > 0;
+        });
+        std::vector<int> start(buckets + 1, 0);
+        std::vector<int> position(buckets);
+        for (int rank : m_versionRank)
+            ++start[rank + 1];
+        for (int i = 0, offset = 0; i < buckets; ++i) {
+            position[byVersion[i]] = offset;
+            offset += start[byVersion[i] + 1];
+        }
+        const int n = int(m_versionRank.size());
+        std::vector<int> target(n);
+        for (int i = 0; i < n; ++i)
+            target[i] = position[m_versionRank[i]]++;
+
+        // Apply the permutation by swapping list nodes, which moves pointers
+        // rather than records.
+        for (int i = 0; i < n; ++i) {
+            while (target[i] != i) {
+                const int j = target[i];
+                m_chips.swapItemsAt(i, j);
+                std::swap(target[i], target[j]);
+            }
+        }
+    }
+
+private:
+    QStringView column(QStringView line, int c) const
+    {
+        const int from = c == 0 ? 0 : m_commas.at(c - 1) + 1;
+        const int to = c < m_commas.size() ? m_commas.at(c) : int(line.size());
+        return line.mid(from, to - from);
+    }
+
+    QString text(QStringView line, int c) { return intern(column(line, c).trimmed()); }
+
+    QString intern(QStringView value)
+    {
+        if (value.isEmpty())
+            return m_empty;
+        auto it = m_strings.constFind(value);
+        if (it != m_strings.constEnd())
+            return it.value();
+        const QString stored = value.toString();
+        // The key views the stored string's own characters, which never move.
+        m_strings.insert(QStringView(stored), stored);
+        return stored;
+    }
+
+    QStringList resources(QStringView line)
+    {
+        const int from = m_commas.at(FirstResourceColumn - 1) + 1;
+        const QStringView tail = line.mid(from);
+        auto it = m_resourceLists.constFind(tail);
+        if (it != m_resourceLists.constEnd())
+            return it.value().list;
+
+        StoredList stored;
+        stored.text = tail.toString();
+        for (int c = FirstResourceColumn; c <= m_commas.size(); ++c)
+            stored.list.append(intern(column(line, c)));
+        m_resourceLists.insert(QStringView(stored.text), stored);
+        return stored.list;
+    }
+
+    int versionBucket(const QString& version)
+    {
+        auto it = m_versionIds.constFind(QStringView(version));
+        if (it != m_versionIds.constEnd())
+            return it.value();
+        const int id = m_versions.size();
+        m_versions.append(version);
+        m_versionIds.insert(QStringView(m_versions.last()), id);
+        return id;
+    }
+
+    struct StoredList
+    {
+        QString text;
+        QStringList list;
+    };
+
+    QList<ChipInfo>& m_chips;
+    QString m_empty;
+    QVarLengthArray<int, 64> m_commas;
+    QHash<QStringView, QString> m_strings;
+    QHash<QStringView, StoredList> m_resourceLists;
+    QList<QString> m_versions;
+    QHash<QStringView, int> m_versionIds;
+    std::vector<int> m_versionRank;
+};
 
 } // namespace
 
@@ -47,23 +193,38 @@ void DeviceDbPrivate::loadDataFile(const QString& fileName)
         return;
     }
 
-    QTextStream in(&file);
-    QString line;
-    while (!in.atEnd()) {
-        in.readLineInto(&line);
-        if (line.isEmpty())
-            continue;
-        const QStringList parts = line.split(QLatin1Char(','), Qt::KeepEmptyParts, Qt::CaseSensitive);
-        if (parts.size() >= MinimumColumns)
-            chips.append(recordFromColumns(parts));
-        else
-            qCritical() << "incorrect device info entry" << line;
-    }
+    // Read the file exactly as a text stream over a text-mode file would:
+    // raw bytes, decoded in the encoding that a byte-order mark names or
+    // else in the locale's, and then every carriage return dropped from the
+    // decoded text. Dropping them from the bytes instead would break UTF-16.
+    file.setTextModeEnabled(false);
+    std::unique_ptr<QTextDecoder> decoder;
+    RecordBuilder builder(chips);
+    QString buffer;
+    for (;;) {
+        const QByteArray block = file.read(BlockSize);
+        if (block.isEmpty())
+            break;
+        if (!decoder) {
+            QTextCodec* codec = QTextCodec::codecForUtfText(block, QTextCodec::codecForLocale());
+            decoder.reset(codec->makeDecoder());
+        }
+        const int decodedFrom = buffer.size();
+        buffer += decoder->toUnicode(block);
+        if (buffer.indexOf(QLatin1Char('\r'), decodedFrom) >= 0) {
+            QChar* begin = buffer.data();
+            QChar* end = std::remove(begin + decodedFrom, begin + buffer.size(), QLatin1Char('\r'));
+            buffer.truncate(int(end - begin));
+        }
 
-    // Newest device versions first; the initial (empty) version sorts last.
-    std::sort(chips.begin(), chips.end(), [](const ChipInfo& a, const ChipInfo& b) {
-        return a.deviceVersion.compare(b.deviceVersion, Qt::CaseSensitive) > 0;
-    });
+        const QStringView text(buffer);
+        qsizetype start = 0;
+        for (qsizetype end; (end = text.indexOf(QLatin1Char('\n'), start)) >= 0; start = end + 1)
+            builder.addLine(text.mid(start, end - start));
+        buffer.remove(0, int(start));
+    }
+    builder.addLine(buffer);
+    builder.finish();
     file.close();
 }
 
