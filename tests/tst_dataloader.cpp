@@ -20,6 +20,17 @@ using TestHelpers::MessageCapture;
 
 Q_DECLARE_METATYPE(QList<QByteArray>)
 
+namespace {
+
+// A byte array of the whole literal, embedded NULs included.
+template <int N>
+QByteArray raw(const char (&bytes)[N])
+{
+    return QByteArray(bytes, N - 1);
+}
+
+} // namespace
+
 class TestDataLoader : public QObject
 {
     Q_OBJECT
@@ -283,6 +294,74 @@ private slots:
         DeviceDb db(writeData(bytes));
         QVERIFY(db.allChipInfo().isEmpty());
         QCOMPARE(capture.count(), 0);
+    }
+
+    void hostileContent_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QStringList>("partNumbers");
+        QTest::addColumn<int>("messages");
+
+        QTest::newRow("lone CR inside a line is dropped")
+            << QByteArray("i,P\r1,s,k,d,,p,v,c,x\n") << QStringList{"P1"} << 0;
+        QTest::newRow("lone CR as the only terminator joins the lines")
+            << QByteArray("i,P1,s,k,d,,p,v,c,x\ri,P2,s,k,d,,p,v,c,x\n") << QStringList{"P1"} << 0;
+        QTest::newRow("NUL bytes stay in their field")
+            << raw("i,P\0001,s,k,d,,p,v,c,x\n\0\0\0\n") << QStringList{QString::fromLatin1("P\0001", 3)} << 1;
+        QTest::newRow("UTF-16LE with byte-order mark")
+            << raw("\xFF\xFEi\0,\0P\0""1\0,\0,\0,\0,\0,\0,\0,\0\n\0") << QStringList{"P1"} << 0;
+        QTest::newRow("UTF-16BE with byte-order mark")
+            << raw("\xFE\xFF\0i\0,\0P\0""1\0,\0,\0,\0,\0,\0,\0,\0\n") << QStringList{"P1"} << 0;
+        QTest::newRow("fields of white space only are empty after trimming")
+            << QByteArray(" , P1 ,\t,\t ,  ,   ,    ,\t\t, , , \n") << QStringList{"P1"} << 0;
+    }
+
+    void hostileContent()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QStringList, partNumbers);
+        QFETCH(int, messages);
+
+        MessageCapture capture;
+        DeviceDb db(writeData(bytes));
+        QStringList got;
+        for (const ChipInfo& c : db.allChipInfo())
+            got << c.partNumber;
+        QCOMPARE(got, partNumbers);
+        QCOMPARE(capture.criticals().size(), messages);
+        if (QByteArray(QTest::currentDataTag()).startsWith("fields of white space")) {
+            const ChipInfo c = db.allChipInfo().at(0);
+            QVERIFY(c.deviceId.isEmpty() && c.series.isEmpty() && c.auxiliary.isEmpty());
+            QCOMPARE(c.resources, QStringList{QStringLiteral(" ")});
+        }
+    }
+
+    void millionShortLines()
+    {
+        QByteArray bytes;
+        bytes.reserve(17 * 1000000);
+        for (int i = 0; i < 1000000; ++i)
+            bytes += i % 2 ? QByteArrayLiteral("i,p,s,k,d,A,p,v\n") : QByteArrayLiteral("i,p,s,k,d,,p,v\n");
+        MessageCapture capture;
+        DeviceDb db(writeData(bytes));
+        const QList<ChipInfo> chips = db.allChipInfo();
+        QCOMPARE(chips.size(), 1000000);
+        QCOMPARE(chips.first().deviceVersion, QStringLiteral("A"));
+        QCOMPARE(chips.at(499999).deviceVersion, QStringLiteral("A"));
+        QCOMPARE(chips.at(500000).deviceVersion, QString());
+        QCOMPARE(capture.count(), 0);
+    }
+
+    void tenThousandFields()
+    {
+        QByteArray line = "id,PN-WIDE,s,k,d,,p,v,c,x";
+        for (int i = 0; i < 9990; ++i)
+            line += ',' + QByteArray::number(i);
+        DeviceDb db(writeData(line + '\n'));
+        const ChipInfo c = db.allChipInfo().value(0);
+        QCOMPARE(c.partNumber, QStringLiteral("PN-WIDE"));
+        QCOMPARE(c.resources.size(), 9990);
+        QCOMPARE(c.resources.last(), QStringLiteral("9989"));
     }
 
     void messageEscapesTheLine()
