@@ -28,6 +28,68 @@ constexpr int MinimumColumns = 8;
 constexpr qint64 BlockSize = 1 << 20;
 
 /**
+ * An open-addressing hash set of values, for interning while loading.
+ *
+ * One contiguous table rather than a node per entry: loading a large file
+ * inserts hundreds of thousands of values, and a node-based table would leave
+ * as many small holes in the heap once it is freed.
+ */
+template <typename Value>
+class FlatPool
+{
+public:
+    /**
+     * The stored value that @p equal accepts among those with @p hash, or a
+     * new one made by @p make.
+     */
+    template <typename Equal, typename Make>
+    const Value& findOrInsert(uint hash, Equal equal, Make make)
+    {
+        if ((m_size + 1) * 4 > m_slots.size() * 3)
+            grow();
+        hash |= 1; // zero marks a free slot
+        const size_t mask = m_slots.size() - 1;
+        for (size_t i = hash & mask;; i = (i + 1) & mask) {
+            Slot& slot = m_slots[i];
+            if (slot.hash == 0) {
+                slot.hash = hash;
+                slot.value = make();
+                ++m_size;
+                return slot.value;
+            }
+            if (slot.hash == hash && equal(slot.value))
+                return slot.value;
+        }
+    }
+
+private:
+    struct Slot
+    {
+        uint hash = 0;
+        Value value;
+    };
+
+    void grow()
+    {
+        std::vector<Slot> old(std::max<size_t>(64, m_slots.size() * 2));
+        old.swap(m_slots);
+        const size_t mask = m_slots.size() - 1;
+        for (Slot& slot : old) {
+            if (slot.hash == 0)
+                continue;
+            size_t i = slot.hash & mask;
+            while (m_slots[i].hash != 0)
+                i = (i + 1) & mask;
+            m_slots[i].hash = slot.hash;
+            m_slots[i].value = std::move(slot.value);
+        }
+    }
+
+    std::vector<Slot> m_slots;
+    size_t m_size = 0;
+};
+
+/**
  * Turns decoded lines into records.
  *
  * Catalogue values repeat heavily (a series, a package or a voltage appears
@@ -131,29 +193,35 @@ private:
     {
         if (value.isEmpty())
             return m_empty;
-        auto it = m_strings.constFind(value);
-        if (it != m_strings.constEnd())
-            return it.value();
-        const QString stored = value.toString();
-        // The key views the stored string's own characters, which never move.
-        m_strings.insert(QStringView(stored), stored);
-        return stored;
+        return m_strings.findOrInsert(
+            qHash(value), [value](const QString& stored) { return QStringView(stored) == value; },
+            [value] { return value.toString(); });
     }
 
+    // Lines of one device and package carry the same counts, so whole
+    // resource lists are shared too. They are found by the text of the
+    // line's tail, compared column by column with a stored list.
     QStringList resources(QStringView line)
     {
         const int from = m_commas.at(FirstResourceColumn - 1) + 1;
         const QStringView tail = line.mid(from);
-        auto it = m_resourceLists.constFind(tail);
-        if (it != m_resourceLists.constEnd())
-            return it.value().list;
-
-        StoredList stored;
-        stored.text = tail.toString();
-        for (int c = FirstResourceColumn; c <= m_commas.size(); ++c)
-            stored.list.append(intern(column(line, c)));
-        m_resourceLists.insert(QStringView(stored.text), stored);
-        return stored.list;
+        const auto sameCounts = [this, line](const QStringList& stored) {
+            if (stored.size() != m_commas.size() - FirstResourceColumn + 1)
+                return false;
+            for (int c = FirstResourceColumn; c <= m_commas.size(); ++c) {
+                if (QStringView(stored.at(c - FirstResourceColumn)) != column(line, c))
+                    return false;
+            }
+            return true;
+        };
+        const auto makeList = [this, line] {
+            QStringList list;
+            list.reserve(m_commas.size() - FirstResourceColumn + 1);
+            for (int c = FirstResourceColumn; c <= m_commas.size(); ++c)
+                list.append(intern(column(line, c)));
+            return list;
+        };
+        return m_resourceLists.findOrInsert(qHash(tail), sameCounts, makeList);
     }
 
     int versionBucket(const QString& version)
@@ -167,17 +235,11 @@ private:
         return id;
     }
 
-    struct StoredList
-    {
-        QString text;
-        QStringList list;
-    };
-
     QList<ChipInfo>& m_chips;
     QString m_empty;
     QVarLengthArray<int, 64> m_commas;
-    QHash<QStringView, QString> m_strings;
-    QHash<QStringView, StoredList> m_resourceLists;
+    FlatPool<QString> m_strings;
+    FlatPool<QStringList> m_resourceLists;
     QList<QString> m_versions;
     QHash<QStringView, int> m_versionIds;
     std::vector<int> m_versionRank;

@@ -1,0 +1,54 @@
+#ifndef DEV_BENCH_CATALOGUES_H
+#define DEV_BENCH_CATALOGUES_H
+
+// Generated catalogues of fixed sizes, made once with scripts/gen-catalogue
+// and kept in the build tree, and the databases loaded from them.
+
+#include "devicedb.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+#include <QString>
+
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <memory>
+
+namespace Bench {
+
+inline QString cataloguePath(int chips)
+{
+    const QString dir = QStringLiteral(DEVICE_BENCH_DATA_DIR);
+    QDir().mkpath(dir);
+    const QString path = dir + QStringLiteral("/catalogue-%1.csv").arg(chips);
+    if (!QFileInfo::exists(path)) {
+        std::fprintf(stderr, "generating %s\n", qPrintable(path));
+        QProcess gen;
+        gen.setStandardOutputFile(path);
+        gen.start(QStringLiteral("python3"),
+                  {QStringLiteral(DEVICE_SOURCE_DIR "/scripts/gen-catalogue"), QStringLiteral("--chips"),
+                   QString::number(chips)});
+        if (!gen.waitForFinished(-1) || gen.exitCode() != 0) {
+            std::fprintf(stderr, "cannot generate %s\n", qPrintable(path));
+            QFile::remove(path);
+            std::exit(1);
+        }
+    }
+    return path;
+}
+
+/// The database of the catalogue with @p chips chips, loaded once per run.
+inline DEV::DeviceDb& database(int chips)
+{
+    static std::map<int, std::unique_ptr<DEV::DeviceDb>> loaded;
+    auto& slot = loaded[chips];
+    if (!slot)
+        slot.reset(new DEV::DeviceDb(cataloguePath(chips)));
+    return *slot;
+}
+
+} // namespace Bench
+
+#endif // DEV_BENCH_CATALOGUES_H

@@ -1,0 +1,54 @@
+#ifndef DEV_BENCH_QTROUTE_H
+#define DEV_BENCH_QTROUTE_H
+
+// What a host without this library would write: every chip as a row of a
+// QStandardItemModel with the sixteen table columns, shown through a
+// QSortFilterProxyModel that filters and sorts.
+
+#include "catalogues.h"
+
+#include <QSortFilterProxyModel>
+#include <QStandardItemModel>
+
+#include <map>
+#include <memory>
+
+namespace Bench {
+
+struct QtRoute
+{
+    QStandardItemModel source;
+    QSortFilterProxyModel proxy;
+};
+
+inline QList<QStandardItem*> rowOf(const DEV::ChipInfo& c)
+{
+    QList<QStandardItem*> row;
+    for (const QString& text : {c.partNumber, c.series, c.device, c.deviceVersion, c.package, c.speed, c.voltage})
+        row << new QStandardItem(text);
+    for (int i = 0; i < 9; ++i) {
+        const QString count = c.resources.value(i);
+        row << new QStandardItem(count.isEmpty() ? QStringLiteral("0") : count);
+    }
+    return row;
+}
+
+/// The Qt route over the catalogue of @p chips chips, built once per run.
+inline QtRoute& qtRoute(int chips)
+{
+    static std::map<int, std::unique_ptr<QtRoute>> built;
+    auto& slot = built[chips];
+    if (!slot) {
+        slot.reset(new QtRoute);
+        for (const DEV::ChipInfo& c : database(chips).allChipInfo())
+            slot->source.appendRow(rowOf(c));
+        slot->proxy.setSourceModel(&slot->source);
+        slot->proxy.setFilterKeyColumn(-1);
+        slot->proxy.setFilterCaseSensitivity(Qt::CaseInsensitive);
+    }
+    return *slot;
+}
+
+} // namespace Bench
+
+#endif // DEV_BENCH_QTROUTE_H
