@@ -1,0 +1,450 @@
+// devicequery: the chip database from the command line, for build scripts
+// that need a part number, a device's resources or a list of candidates
+// without starting the design environment.
+//
+// Exit status: 0 when something was printed (or --count counted more than
+// zero), 1 when nothing matched, 2 for bad usage or an unreadable data file.
+// Scripts branch on these, so every failure path below ends in one of them.
+
+#include <chipfilter.h>
+#include <chipinfo.h>
+#include <devicedb.h>
+
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QVector>
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+namespace {
+
+enum ExitStatus { Matched = 0, NothingMatched = 1, BadUsage = 2 };
+
+enum class Format { Table, Csv, Json, Count };
+
+/// What the command line asked for, checked and ready to run.
+struct Query
+{
+    QString dataFile; ///< Empty for the catalogue bundled beside bin/.
+    std::optional<QString> id;
+    std::optional<QString> partNumber;
+    std::optional<QString> matchKey;
+    DEV::ChipFilter filter;
+    std::optional<DEV::ChipFilterBySearch> search;
+    Format format = Format::Table;
+    bool header = false;
+};
+
+struct Options
+{
+    QCommandLineOption help{QStringList{QStringLiteral("h"), QStringLiteral("help")},
+                            QStringLiteral("Show this help and exit.")};
+    QCommandLineOption data{QStringLiteral("data"),
+                            QStringLiteral("Read the catalogue from FILE instead of the bundled one."),
+                            QStringLiteral("FILE")};
+    QCommandLineOption id{QStringLiteral("id"),
+                          QStringLiteral("Chips with device identifier ID; an old zr9k31-NNN identifier "
+                                         "is translated to its current zr9k31a-NNN one."),
+                          QStringLiteral("ID")};
+    QCommandLineOption pn{QStringLiteral("pn"), QStringLiteral("Chips with part number PN."),
+                          QStringLiteral("PN")};
+    QCommandLineOption key{QStringLiteral("key"),
+                           QStringLiteral("With --pn: the one chip that also has match key KEY."),
+                           QStringLiteral("KEY")};
+    QCommandLineOption series{QStringLiteral("series"), QStringLiteral("Only chips of series SERIES."),
+                              QStringLiteral("SERIES")};
+    QCommandLineOption device{QStringLiteral("device"), QStringLiteral("Only chips of device DEVICE."),
+                              QStringLiteral("DEVICE")};
+    QCommandLineOption version{QStringLiteral("version"),
+                               QStringLiteral("Only chips of device version VERSION; \"\" selects the "
+                                              "initial, unversioned device. Given as the only argument, "
+                                              "prints the tool's version instead."),
+                               QStringLiteral("VERSION")};
+    QCommandLineOption package{QStringLiteral("package"), QStringLiteral("Only chips in package PACKAGE."),
+                               QStringLiteral("PACKAGE")};
+    QCommandLineOption speed{QStringLiteral("speed"), QStringLiteral("Only chips of speed grade SPEED."),
+                             QStringLiteral("SPEED")};
+    QCommandLineOption voltage{QStringLiteral("voltage"), QStringLiteral("Only chips of core voltage VOLTAGE."),
+                               QStringLiteral("VOLTAGE")};
+    QCommandLineOption search{QStringLiteral("search"),
+                              QStringLiteral("Only chips where TEXT is found, as the selector's search field "
+                                             "finds it."),
+                              QStringLiteral("TEXT")};
+    QCommandLineOption in{QStringLiteral("in"), QStringLiteral("Values searched (default: all); see below."),
+                          QStringLiteral("GROUP")};
+    QCommandLineOption mode{QStringLiteral("mode"),
+                            QStringLiteral("How TEXT is read: anywhere (default), exact, wildcard or regexp."),
+                            QStringLiteral("MODE")};
+    QCommandLineOption caseSensitive{QStringLiteral("case"), QStringLiteral("Letter case counts in the search.")};
+    QCommandLineOption csv{QStringLiteral("csv"),
+                           QStringLiteral("Print data-file lines, usable again as a data file.")};
+    QCommandLineOption header{QStringLiteral("header"), QStringLiteral("With --csv: start with a header line.")};
+    QCommandLineOption json{QStringLiteral("json"), QStringLiteral("Print a JSON array of chip objects.")};
+    QCommandLineOption count{QStringLiteral("count"), QStringLiteral("Print only the number of chips.")};
+
+    QList<QCommandLineOption> all() const
+    {
+        return {help,   data, id,     pn,   key,           series, device, version, package, speed,
+                voltage, search, in, mode, caseSensitive, csv,    header, json,    count};
+    }
+};
+
+const char* const kEpilog = R"(
+Without a look-up (--id, --pn) every chip of the catalogue is a candidate. A
+look-up's chips must also pass the attribute filters and the search. The
+attribute filters compare whole values, letter case counting; an empty value
+constrains nothing, except --version "". The search runs over what the
+filters leave.
+
+Search groups (--in), by name or number: all (0), series (1), part-number (2),
+device (3), device-version (4), package (5), speed (6), voltage (7), io (8),
+lut (9), ff (10), rom16 (11), ssram (12), bsram (13), user-flash (14),
+dsp (15), pll (16). "all" covers series, part number, match key, device,
+package, auxiliary, voltage and every resource, but not the device version or
+the speed grade. The text "0" also finds an empty value.
+
+Output: a table by default (device identifier, then the chip table's
+columns; an empty resource shows as 0), or one of --csv, --json, --count.
+--csv prints the data file's columns in its order, the resources as written;
+with --header its first line names the columns, which makes it unfit to be
+read back as a data file. Chips come in database order, newest device version
+first.
+
+Exit status: 0 chips printed, 1 nothing matched (--count still prints 0),
+2 bad usage or unreadable data file.
+)";
+
+void printOut(const QByteArray& bytes)
+{
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+}
+
+int usageError(const QString& message)
+{
+    std::fprintf(stderr, "devicequery: %s\n", qPrintable(message));
+    return BadUsage;
+}
+
+/// Qt's parser texts read "Unknown option 'x'."; ours are lower-case fragments.
+QString asFragment(QString text)
+{
+    if (text.endsWith(QLatin1Char('.')))
+        text.chop(1);
+    if (!text.isEmpty())
+        text[0] = text.at(0).toLower();
+    return text;
+}
+
+std::optional<int> searchGroup(const QString& name)
+{
+    static const QStringList names{
+        QStringLiteral("all"),   QStringLiteral("series"), QStringLiteral("part-number"),
+        QStringLiteral("device"), QStringLiteral("device-version"), QStringLiteral("package"),
+        QStringLiteral("speed"), QStringLiteral("voltage"), QStringLiteral("io"),
+        QStringLiteral("lut"),   QStringLiteral("ff"),     QStringLiteral("rom16"),
+        QStringLiteral("ssram"), QStringLiteral("bsram"),  QStringLiteral("user-flash"),
+        QStringLiteral("dsp"),   QStringLiteral("pll")};
+    bool isNumber = false;
+    const int number = name.toInt(&isNumber);
+    if (isNumber)
+        return number >= 0 && number < names.size() ? std::optional<int>(number) : std::nullopt;
+    const int index = names.indexOf(name.toLower());
+    return index >= 0 ? std::optional<int>(index) : std::nullopt;
+}
+
+std::optional<int> patternSyntax(const QString& mode)
+{
+    const QString lower = mode.toLower();
+    if (lower == QLatin1String("wildcard"))
+        return 0;
+    if (lower == QLatin1String("regexp"))
+        return 1;
+    if (lower == QLatin1String("exact"))
+        return 2;
+    if (lower == QLatin1String("anywhere"))
+        return 3;
+    return std::nullopt;
+}
+
+/// Checks the parsed options against each other; on failure sets @p error.
+std::optional<Query> readQuery(const QCommandLineParser& parser, const Options& o, QString* error)
+{
+    const auto fail = [error](const QString& message) {
+        *error = message;
+        return std::optional<Query>();
+    };
+
+    if (!parser.positionalArguments().isEmpty())
+        return fail(QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst()));
+    // Silently keeping only the last of two --series would hide a script bug.
+    for (const QCommandLineOption& option : o.all()) {
+        if (!option.valueName().isEmpty() && parser.values(option).size() > 1)
+            return fail(QStringLiteral("--%1 given more than once").arg(option.names().constLast()));
+    }
+
+    const int formats = int(parser.isSet(o.csv)) + int(parser.isSet(o.json)) + int(parser.isSet(o.count));
+    if (formats > 1)
+        return fail(QStringLiteral("choose only one of --csv, --json and --count"));
+    if (parser.isSet(o.header) && !parser.isSet(o.csv))
+        return fail(QStringLiteral("--header needs --csv"));
+    if (parser.isSet(o.id) && parser.isSet(o.pn))
+        return fail(QStringLiteral("--id and --pn cannot be combined"));
+    if (parser.isSet(o.key) && !parser.isSet(o.pn))
+        return fail(QStringLiteral("--key needs --pn"));
+    if (!parser.isSet(o.search) && (parser.isSet(o.in) || parser.isSet(o.mode) || parser.isSet(o.caseSensitive)))
+        return fail(QStringLiteral("--in, --mode and --case need --search"));
+
+    Query q;
+    q.dataFile = parser.value(o.data);
+    if (parser.isSet(o.data) && q.dataFile.isEmpty())
+        return fail(QStringLiteral("--data needs a file name"));
+    if (parser.isSet(o.id))
+        q.id = parser.value(o.id);
+    if (parser.isSet(o.pn))
+        q.partNumber = parser.value(o.pn);
+    if (parser.isSet(o.key))
+        q.matchKey = parser.value(o.key);
+
+    q.filter.series = parser.value(o.series);
+    q.filter.device = parser.value(o.device);
+    q.filter.package = parser.value(o.package);
+    q.filter.speed = parser.value(o.speed);
+    q.filter.voltage = parser.value(o.voltage);
+    // The one criterion where empty is a value: a null version constrains
+    // nothing, an empty one keeps the unversioned chips. Build the empty
+    // string explicitly rather than trust the parser to hand out a non-null one.
+    if (parser.isSet(o.version)) {
+        const QString version = parser.value(o.version);
+        q.filter.deviceVersion = version.isEmpty() ? QString(QLatin1String("")) : version;
+    }
+
+    if (parser.isSet(o.search)) {
+        DEV::ChipFilterBySearch search;
+        search.pattern = parser.value(o.search);
+        search.caseSensitive = parser.isSet(o.caseSensitive);
+        if (parser.isSet(o.in)) {
+            const std::optional<int> group = searchGroup(parser.value(o.in));
+            if (!group)
+                return fail(QStringLiteral("unknown search group '%1' (see --help)").arg(parser.value(o.in)));
+            search.group = *group;
+        }
+        if (parser.isSet(o.mode)) {
+            const std::optional<int> syntax = patternSyntax(parser.value(o.mode));
+            if (!syntax)
+                return fail(QStringLiteral("unknown search mode '%1' (anywhere, exact, wildcard or regexp)")
+                                .arg(parser.value(o.mode)));
+            search.patternSyntax = *syntax;
+        }
+        q.search = search;
+    }
+
+    if (parser.isSet(o.csv))
+        q.format = Format::Csv;
+    else if (parser.isSet(o.json))
+        q.format = Format::Json;
+    else if (parser.isSet(o.count))
+        q.format = Format::Count;
+    q.header = parser.isSet(o.header);
+    return q;
+}
+
+QList<DEV::ChipInfo> select(DEV::DeviceDb& db, const Query& q)
+{
+    QList<DEV::ChipInfo> chips;
+    if (q.id) {
+        // findByID knows the renamed identifiers but stops at the first chip;
+        // an identifier names a die in a package, so list all its part numbers.
+        const QString resolved = db.findByID(*q.id).deviceId;
+        if (!resolved.isEmpty()) {
+            for (const DEV::ChipInfo& chip : db.allChipInfo()) {
+                if (chip.deviceId == resolved)
+                    chips << chip;
+            }
+        }
+    } else if (q.partNumber && q.matchKey) {
+        const DEV::ChipInfo chip = db.find(*q.partNumber, *q.matchKey);
+        if (!chip.partNumber.isEmpty())
+            chips << chip;
+    } else if (q.partNumber) {
+        chips = db.findByPN(*q.partNumber);
+    }
+
+    if (q.id || q.partNumber) {
+        QList<DEV::ChipInfo> kept;
+        for (const DEV::ChipInfo& chip : qAsConst(chips)) {
+            if (DEV::matchFilter(chip, q.filter))
+                kept << chip;
+        }
+        chips = kept;
+    } else {
+        chips = db.filterChips(q.filter);
+    }
+
+    if (q.search)
+        chips = db.filterChips(*q.search, chips);
+    return chips;
+}
+
+QString tableText(const QList<DEV::ChipInfo>& chips)
+{
+    static const QStringList resourceNames{
+        QStringLiteral("IO"),    QStringLiteral("LUT"),   QStringLiteral("FF"),
+        QStringLiteral("ROM16"), QStringLiteral("SSRAM"), QStringLiteral("BSRAM"),
+        QStringLiteral("User Flash"), QStringLiteral("DSP"), QStringLiteral("PLL")};
+    QList<QStringList> rows;
+    rows << (QStringList{QStringLiteral("Device ID"), QStringLiteral("Part Number"), QStringLiteral("Series"),
+                         QStringLiteral("Device"), QStringLiteral("Device Version"), QStringLiteral("Package"),
+                         QStringLiteral("Speed"), QStringLiteral("Voltage")}
+             + resourceNames);
+    for (const DEV::ChipInfo& chip : chips) {
+        QStringList row{chip.deviceId, chip.partNumber, chip.series, chip.device,
+                        chip.deviceVersion, chip.package, chip.speed, chip.voltage};
+        // Like the chip table: a count the file leaves empty, or that a short
+        // line lacks, is shown as 0.
+        for (int i = 0; i < resourceNames.size(); ++i) {
+            const QString value = chip.resources.value(i);
+            row << (value.isEmpty() ? QStringLiteral("0") : value);
+        }
+        rows << row;
+    }
+
+    QVector<int> widths(rows.constFirst().size(), 0);
+    for (const QStringList& row : qAsConst(rows)) {
+        for (int c = 0; c < row.size(); ++c)
+            widths[c] = qMax(widths[c], row.at(c).size());
+    }
+    QString text;
+    for (const QStringList& row : qAsConst(rows)) {
+        QString line;
+        for (int c = 0; c < row.size(); ++c) {
+            if (c > 0)
+                line += QLatin1String("  ");
+            line += c + 1 < row.size() ? row.at(c).leftJustified(widths[c]) : row.at(c);
+        }
+        text += line + QLatin1Char('\n');
+    }
+    return text;
+}
+
+QString csvText(const QList<DEV::ChipInfo>& chips, bool header)
+{
+    QString text;
+    if (header) {
+        text += QStringLiteral("deviceId,partNumber,series,matchKey,device,deviceVersion,package,voltage,speed,"
+                               "auxiliary,IO,LUT,FF,ROM16,SSRAM,BSRAM,User Flash,DSP,PLL\n");
+    }
+    // No quoting needed: the loader splits at every comma, so no value it
+    // produced can hold one. Resources go out untrimmed and unpadded, as read.
+    for (const DEV::ChipInfo& chip : chips) {
+        const QStringList fields = QStringList{chip.deviceId, chip.partNumber, chip.series, chip.matchKey,
+                                               chip.device,   chip.deviceVersion, chip.package, chip.voltage,
+                                               chip.speed,    chip.auxiliary}
+                                   + chip.resources;
+        text += fields.join(QLatin1Char(',')) + QLatin1Char('\n');
+    }
+    return text;
+}
+
+QByteArray jsonText(const QList<DEV::ChipInfo>& chips)
+{
+    QJsonArray array;
+    for (const DEV::ChipInfo& chip : chips) {
+        array.append(QJsonObject{
+            {QStringLiteral("deviceId"), chip.deviceId},
+            {QStringLiteral("partNumber"), chip.partNumber},
+            {QStringLiteral("series"), chip.series},
+            {QStringLiteral("matchKey"), chip.matchKey},
+            {QStringLiteral("device"), chip.device},
+            {QStringLiteral("deviceVersion"), chip.deviceVersion},
+            {QStringLiteral("package"), chip.package},
+            {QStringLiteral("voltage"), chip.voltage},
+            {QStringLiteral("speed"), chip.speed},
+            {QStringLiteral("auxiliary"), chip.auxiliary},
+            {QStringLiteral("resources"), QJsonArray::fromStringList(chip.resources)},
+        });
+    }
+    return QJsonDocument(array).toJson(QJsonDocument::Indented);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("devicequery"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(DEVICEQUERY_VERSION));
+
+    // --version is also the device-version filter, so only a bare --version
+    // asks for the tool's own version.
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() == 2 && arguments.at(1) == QLatin1String("--version")) {
+        printOut(QStringLiteral("devicequery %1\n").arg(QCoreApplication::applicationVersion()).toLocal8Bit());
+        return Matched;
+    }
+
+    const Options options;
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Looks up chips in the device catalogue."));
+    parser.addOptions(options.all());
+    if (!parser.parse(arguments))
+        return usageError(asFragment(parser.errorText()));
+    if (parser.isSet(options.help)) {
+        printOut((parser.helpText() + QLatin1String(kEpilog)).toLocal8Bit());
+        return Matched;
+    }
+
+    QString error;
+    const std::optional<Query> query = readQuery(parser, options, &error);
+    if (!query)
+        return usageError(error);
+
+    // The library only logs an unreadable file and carries on empty, which
+    // would pass for "nothing matched"; a script must be able to tell.
+    const QString path = query->dataFile.isEmpty()
+        ? QCoreApplication::applicationDirPath() + QLatin1String("/../data/device/device_info.csv")
+        : query->dataFile;
+    const QFileInfo file(path);
+    if (!file.isFile() || !file.isReadable())
+        return usageError(QStringLiteral("cannot read data file: %1").arg(QDir::cleanPath(path)));
+
+    std::unique_ptr<DEV::DeviceDb> own;
+    DEV::DeviceDb* db = nullptr;
+    if (query->dataFile.isEmpty()) {
+        db = DEV::DeviceDb::instance();
+    } else {
+        own = std::make_unique<DEV::DeviceDb>(query->dataFile);
+        db = own.get();
+    }
+
+    const QList<DEV::ChipInfo> chips = select(*db, *query);
+    if (query->format == Format::Count) {
+        printOut(QByteArray::number(chips.size()) + '\n');
+        return chips.isEmpty() ? NothingMatched : Matched;
+    }
+    if (chips.isEmpty())
+        return NothingMatched;
+
+    switch (query->format) {
+    case Format::Table:
+        printOut(tableText(chips).toLocal8Bit());
+        break;
+    case Format::Csv:
+        // Local 8-bit, the encoding the loader reads data files in.
+        printOut(csvText(chips, query->header).toLocal8Bit());
+        break;
+    case Format::Json:
+        printOut(jsonText(chips));
+        break;
+    case Format::Count:
+        break;
+    }
+    return Matched;
+}
