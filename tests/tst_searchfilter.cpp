@@ -8,6 +8,7 @@
 #include "testhelpers.h"
 
 #include <QRandomGenerator>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <climits>
@@ -79,16 +80,20 @@ QStringList ids(const QList<ChipInfo>& chips)
 }
 
 // Small pools, so that random chips and patterns meet often enough to match.
+// Non-ASCII values include letters whose case folding lands on ASCII (the
+// Kelvin sign, the long s) and a surrogate pair.
 const char* const ValuePool[] = {"", "0", "00", "10", "a", "A", "ab", "AB", "aB", "abc", "ABC", "x.y", "a*",
-                                 "[a]", "?", "(", "1.0V", "GW1N", "gw1n-9", "QN88", "C6/I5", " a", "\\"};
+                                 "[a]", "?", "(", "1.0V", "GW1N", "gw1n-9", "QN88", "C6/I5", " a", "\\",
+                                 "\xE2\x84\xAA", "\xC5\xBF", "\xC3\x9F", "a\xC3\x84""b", "\xF0\x9D\x90\x80k"};
 const char* const PatternPool[] = {"0", "00", "", "*", "?", "a*", "A*", "*b", "?b", "[ab]*", "[!a]*", "[a-c]?",
                                    "a.c", "a.*", ".*", "^a", "(a|b)", "(", "[", "a{2}", "\\d+", "1.0V", "A",
-                                   "ab", "gw1n", "*-9", "x.y", "\\", ")", "[a", "?*", "b$"};
+                                   "ab", "gw1n", "*-9", "x.y", "\\", ")", "[a", "?*", "b$", "k", "S", "ss",
+                                   "\xC3\xA4", "\xE2\x84\xAA"};
 
 template <size_t N>
 QString pick(QRandomGenerator& rng, const char* const (&pool)[N])
 {
-    return QString::fromLatin1(pool[rng.bounded(int(N))]);
+    return QString::fromUtf8(pool[rng.bounded(int(N))]);
 }
 
 QString randomValue(QRandomGenerator& rng)
@@ -399,6 +404,58 @@ private slots:
         QVERIFY(matched > tested / 20);
         QVERIFY(matched < tested - tested / 20);
         QCOMPARE(capture.count(), 0);
+    }
+    // The same comparison over records loaded from a file, whose equal
+    // values share their data, mixed with deep copies built by the caller
+    // and with copies of the database's records.
+    void matchesReferenceOnSharedValues()
+    {
+        QRandomGenerator rng(20261121u);
+        QByteArray file;
+        for (int i = 0; i < 300; ++i) {
+            const ChipInfo c = randomChip(rng, i);
+            QStringList columns{c.deviceId, c.partNumber, c.series, c.matchKey, c.device, c.deviceVersion,
+                                c.package, c.voltage, c.speed, c.auxiliary};
+            columns += c.resources;
+            file += columns.join(QLatin1Char(',')).toUtf8() + '\n';
+        }
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("shared.csv"));
+        QVERIFY(TestHelpers::writeFile(path, file));
+        TestHelpers::MessageCapture capture; // short lines are reported
+        const DeviceDb db(path);
+
+        QList<ChipInfo> chips;
+        for (const ChipInfo& c : db.allChipInfo()) {
+            chips << c;
+            if (rng.bounded(3) == 0) {
+                ChipInfo deep = c;
+                for (QString* m : {&deep.partNumber, &deep.series, &deep.matchKey, &deep.device, &deep.package,
+                                   &deep.auxiliary, &deep.voltage, &deep.speed, &deep.deviceVersion})
+                    *m = QString(m->constData(), m->size());
+                QStringList counts;
+                for (const QString& r : c.resources)
+                    counts << QString(r.constData(), r.size());
+                deep.resources = counts;
+                chips << deep;
+            }
+        }
+        QVERIFY(chips.size() > 250);
+
+        for (int round = 0; round < 400; ++round) {
+            const ChipFilterBySearch f = randomSearch(rng);
+            QStringList expected;
+            for (const ChipInfo& chip : chips) {
+                if (Reference::matchSearch(chip, f))
+                    expected << chip.deviceId;
+            }
+            const QStringList got = ids(db.filterChips(f, chips));
+            QVERIFY2(got == expected, qPrintable(QStringLiteral("group %1, syntax %2, cs %3, pattern \"%4\"")
+                                                     .arg(f.group)
+                                                     .arg(f.patternSyntax)
+                                                     .arg(f.caseSensitive)
+                                                     .arg(f.pattern)));
+        }
     }
 };
 

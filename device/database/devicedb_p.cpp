@@ -124,9 +124,8 @@ public:
             return;
         }
 
-        // Fill the record in place: appending a filled one would copy it.
-        m_chips.append(ChipInfo());
-        ChipInfo& info = m_chips.last();
+        m_records.emplace_back();
+        ChipInfo& info = m_records.back();
         info.deviceId = text(line, 0);
         info.partNumber = text(line, 1);
         info.series = text(line, 2);
@@ -142,12 +141,12 @@ public:
         m_versionRank.push_back(versionBucket(info.deviceVersion));
     }
 
-    /// Orders the records by device version, newest first.
+    /// Appends the records to the list, ordered by device version, newest first.
     void finish()
     {
         // Few distinct versions exist, so this is a counting sort: rank the
-        // versions, then move each record to its slot. Records of one
-        // version keep their file order.
+        // versions, then give each record its slot. Records of one version
+        // keep their file order.
         const int buckets = m_versions.size();
         std::vector<int> byVersion(buckets);
         for (int i = 0; i < buckets; ++i)
@@ -155,28 +154,30 @@ public:
         std::sort(byVersion.begin(), byVersion.end(), [this](int a, int b) {
             return m_versions.at(a).compare(m_versions.at(b), Qt::CaseSensitive) > 0;
         });
-        std::vector<int> start(buckets + 1, 0);
-        std::vector<int> position(buckets);
+        std::vector<int> count(buckets, 0);
         for (int rank : m_versionRank)
-            ++start[rank + 1];
+            ++count[rank];
+        std::vector<int> position(buckets);
         for (int i = 0, offset = 0; i < buckets; ++i) {
             position[byVersion[i]] = offset;
-            offset += start[byVersion[i] + 1];
+            offset += count[byVersion[i]];
         }
-        const int n = int(m_versionRank.size());
-        std::vector<int> target(n);
+        const int n = int(m_records.size());
+        std::vector<int> order(n);
         for (int i = 0; i < n; ++i)
-            target[i] = position[m_versionRank[i]]++;
+            order[position[m_versionRank[i]]++] = i;
 
-        // Apply the permutation by swapping list nodes, which moves pointers
-        // rather than records.
-        for (int i = 0; i < n; ++i) {
-            while (target[i] != i) {
-                const int j = target[i];
-                m_chips.swapItemsAt(i, j);
-                std::swap(target[i], target[j]);
-            }
+        // The list holds each record in a heap node of its own. Creating the
+        // nodes in their final order keeps neighbouring rows neighbours in
+        // memory, which every later walk over the list profits from. Moving
+        // a record in swaps its strings rather than copying them.
+        m_chips.reserve(m_chips.size() + n);
+        for (int i : order) {
+            m_chips.append(ChipInfo());
+            m_chips.last() = std::move(m_records[i]);
         }
+        m_records.clear();
+        m_records.shrink_to_fit();
     }
 
 private:
@@ -236,6 +237,7 @@ private:
     }
 
     QList<ChipInfo>& m_chips;
+    std::vector<ChipInfo> m_records;
     QString m_empty;
     QVarLengthArray<int, 64> m_commas;
     FlatPool<QString> m_strings;

@@ -5,8 +5,7 @@
 #include <QRegExp>
 #include <QStringView>
 
-#include <algorithm>
-#include <vector>
+#include <array>
 
 namespace DEV {
 
@@ -18,74 +17,46 @@ constexpr int FirstResourceGroup = 8;
 constexpr int LastResourceGroup = 16;
 
 /*
- * Verdicts of one search for values already tested, keyed by the identity of
- * the value's character data.
+ * Recent verdicts of one search, keyed by the identity of a value's shared
+ * data.
  *
- * The database stores each distinct value once and shares it, so a search
- * over 100,000 chips meets a few thousand distinct strings and resource lists
- * many times over. A value is identified by its data pointer and length:
- * while the searched list is alive, equal keys mean equal contents. Values
- * that are not shared (records a caller built one by one) simply miss; when
- * almost everything misses the cache stops being consulted.
+ * The database stores each distinct value once and shares it, and
+ * neighbouring chips of a list mostly belong to one device and package, so a
+ * search meets the same few strings and resource lists again and again. Two
+ * strings (or lists) with the same data header hold the same contents, and
+ * the header's address is at hand without reading the characters.
+ *
+ * The cache is small and direct-mapped so that it stays in the first-level
+ * data cache; a colliding value simply replaces the older one. Values that
+ * are not shared (records a caller built one by one) just miss.
  */
 class VerdictCache
 {
 public:
-    enum Verdict : signed char { Unknown = -1, No = 0, Yes = 1 };
+    enum Verdict { Unknown, No, Yes };
 
-    Verdict find(const void* data, int size) const
+    Verdict find(const void* key) const
     {
-        if (m_slots.empty())
+        const quintptr slot = m_slots[slotOf(key)];
+        if ((slot & ~VerdictBit) != quintptr(key))
             return Unknown;
-        const size_t mask = m_slots.size() - 1;
-        for (size_t i = slotOf(data, size) & mask;; i = (i + 1) & mask) {
-            const Slot& slot = m_slots[i];
-            if (!slot.data)
-                return Unknown;
-            if (slot.data == data && slot.size == size)
-                return Verdict(slot.verdict);
-        }
+        return (slot & VerdictBit) ? Yes : No;
     }
 
-    void insert(const void* data, int size, bool verdict)
-    {
-        if ((m_used + 1) * 2 > m_slots.size())
-            grow();
-        const size_t mask = m_slots.size() - 1;
-        size_t i = slotOf(data, size) & mask;
-        while (m_slots[i].data)
-            i = (i + 1) & mask;
-        m_slots[i] = Slot{data, size, verdict ? Yes : No};
-        ++m_used;
-    }
+    void insert(const void* key, bool verdict) { m_slots[slotOf(key)] = quintptr(key) | (verdict ? VerdictBit : 0); }
 
 private:
-    struct Slot
-    {
-        const void* data;
-        int size;
-        signed char verdict;
-    };
+    // Keys are addresses of pointer-aligned objects, so bit 0 is free to
+    // hold the verdict.
+    static constexpr quintptr VerdictBit = 1;
+    static constexpr int SlotBits = 11;
 
-    static size_t slotOf(const void* data, int size)
+    static size_t slotOf(const void* key)
     {
-        // Fibonacci hashing spreads the aligned pointers over the table.
-        return size_t((quintptr(data) ^ quintptr(size)) * quintptr(0x9E3779B97F4A7C15ull) >> 20);
+        return size_t((quint64(quintptr(key)) * 0x9E3779B97F4A7C15ull) >> (64 - SlotBits));
     }
 
-    void grow()
-    {
-        std::vector<Slot> old(std::max<size_t>(1024, m_slots.size() * 2), Slot{nullptr, 0, Unknown});
-        old.swap(m_slots);
-        m_used = 0;
-        for (const Slot& slot : old) {
-            if (slot.data)
-                insert(slot.data, slot.size, slot.verdict == Yes);
-        }
-    }
-
-    std::vector<Slot> m_slots;
-    size_t m_used = 0;
+    std::array<quintptr, size_t(1) << SlotBits> m_slots{};
 };
 
 /*
@@ -98,20 +69,16 @@ int asciiContainsFolded(QStringView value, QStringView foldedNeedle)
     const qsizetype n = value.size();
     const qsizetype m = foldedNeedle.size();
     const char16_t* h = reinterpret_cast<const char16_t*>(value.data());
-    char16_t bits = 0;
-    for (qsizetype i = 0; i < n; ++i)
-        bits |= h[i];
-    if (bits >= 0x80)
-        return -1;
-    if (m == 0)
-        return 1;
-    if (m > n)
-        return 0;
     const char16_t* p = reinterpret_cast<const char16_t*>(foldedNeedle.data());
+    if (m == 0)
+        return 1; // found at position 0 of any value, as QString::indexOf has it
     const auto fold = [](char16_t c) { return char16_t(c >= u'A' && c <= u'Z' ? c + 32 : c); };
-    const char16_t first = p[0];
-    for (qsizetype i = 0; i + m <= n; ++i) {
-        if (fold(h[i]) != first)
+    // A match inside plain ASCII stands whatever else the value holds; "no
+    // match" is only certain once every character was seen to be ASCII.
+    for (qsizetype i = 0; i < n; ++i) {
+        if (h[i] >= 0x80)
+            return -1;
+        if (i + m > n || fold(h[i]) != p[0])
             continue;
         qsizetype k = 1;
         while (k < m && fold(h[i + k]) == p[k])
@@ -176,7 +143,7 @@ public:
         case 1:
             return value(chip.series);
         case 2:
-            return value(chip.partNumber);
+            return decide(chip.partNumber);
         case 3:
             return value(chip.device);
         case 4:
@@ -198,29 +165,27 @@ public:
         // the match key and auxiliary attribute, which the table does not
         // show; the single columns are the way to search the former. The
         // order only decides how early the walk may stop.
-        return value(chip.series) || value(chip.partNumber) || value(chip.matchKey) || value(chip.device)
+        // Part numbers are nearly all distinct: remembering them would only
+        // fill the cache.
+        return value(chip.series) || decide(chip.partNumber) || value(chip.matchKey) || value(chip.device)
             || value(chip.package) || value(chip.auxiliary) || value(chip.voltage) || counts(chip.resources);
     }
 
 private:
     enum class Mode { Expression, Exactly, Anywhere, Nothing };
 
-    // Tries to fill the cache only while it pays: once a good sample of
-    // look-ups has mostly missed, the values are evidently not shared.
-    bool caching() const { return m_remember && (m_lookups < 4096 || m_hits * 4 > m_lookups); }
-
     bool value(const QString& v)
     {
-        if (!caching())
+        if (!m_remember)
             return decide(v);
-        ++m_lookups;
-        const VerdictCache::Verdict known = m_values.find(v.constData(), v.size());
-        if (known != VerdictCache::Unknown) {
-            ++m_hits;
+        // Strings that share their data share the one data header, and its
+        // address is at hand without touching the characters.
+        const void* key = const_cast<QString&>(v).data_ptr();
+        const VerdictCache::Verdict known = m_values.find(key);
+        if (known != VerdictCache::Unknown)
             return known == VerdictCache::Yes;
-        }
         const bool verdict = decide(v);
-        m_values.insert(v.constData(), v.size(), verdict);
+        m_values.insert(key, verdict);
         return verdict;
     }
 
@@ -228,18 +193,15 @@ private:
     {
         if (list.isEmpty())
             return false;
-        if (!caching())
+        if (!m_remember)
             return anyCount(list);
-        ++m_lookups;
-        // The address of the first entry identifies the shared list.
-        const void* data = &list.constFirst();
-        const VerdictCache::Verdict known = m_lists.find(data, list.size());
-        if (known != VerdictCache::Unknown) {
-            ++m_hits;
+        // Lists that share their data share their first element.
+        const void* key = &list.constFirst();
+        const VerdictCache::Verdict known = m_lists.find(key);
+        if (known != VerdictCache::Unknown)
             return known == VerdictCache::Yes;
-        }
         const bool verdict = anyCount(list);
-        m_lists.insert(data, list.size(), verdict);
+        m_lists.insert(key, verdict);
         return verdict;
     }
 
@@ -288,8 +250,6 @@ private:
     bool m_asciiPattern = false;
     VerdictCache m_values;
     VerdictCache m_lists;
-    int m_lookups = 0;
-    int m_hits = 0;
 };
 
 } // namespace
