@@ -1,0 +1,401 @@
+#include "chipinfotablemodel.h"
+
+#include <QStringView>
+
+#include <algorithm>
+#include <vector>
+
+namespace DEV {
+
+namespace {
+
+enum class SortKind
+{
+    Text,   // ordinal UTF-16 comparison of the cell texts
+    Number, // QString::toInt() of the cell texts
+    KbSize, // QString::toInt() after every "Kb" is cut out
+};
+
+struct Column
+{
+    const char* header;
+    SortKind kind;
+};
+
+// Speed comes before Voltage on purpose, the reverse of the record's member
+// order. The header texts are fixed English, not translated.
+constexpr Column Columns[] = {
+    {"Part Number", SortKind::Text},
+    {"Series", SortKind::Text},
+    {"Device", SortKind::Text},
+    {"Device Version", SortKind::Text},
+    {"Package", SortKind::Text},
+    {"Speed", SortKind::Text},
+    {"Voltage", SortKind::Text},
+    {"IO", SortKind::Number},
+    {"LUT", SortKind::Number},
+    {"FF", SortKind::Number},
+    {"ROM16", SortKind::KbSize},
+    {"SSRAM", SortKind::KbSize},
+    {"BSRAM", SortKind::KbSize},
+    {"User Flash", SortKind::KbSize},
+    {"DSP", SortKind::Number},
+    {"PLL", SortKind::Number},
+};
+
+constexpr int ColumnCount = int(sizeof(Columns) / sizeof(Columns[0]));
+constexpr int FirstResourceColumn = 7;
+
+constexpr uint LeftAligned = Qt::AlignLeft | Qt::AlignVCenter;
+constexpr uint RightAligned = Qt::AlignRight | Qt::AlignVCenter;
+
+bool isColumn(int column)
+{
+    return column >= 0 && column < ColumnCount;
+}
+
+/*
+ * The text a cell shows, without copying it. Copying a QString touches its
+ * reference count with an atomic operation; doing that for every record of a
+ * large list while building sort keys serialises the cache misses of walking
+ * the list, which costs more than the sort itself.
+ */
+const QString& cellText(const ChipInfo& info, int column)
+{
+    static const QString none;
+    static const QString zero = QStringLiteral("0");
+
+    switch (column) {
+    case 0:
+        return info.partNumber;
+    case 1:
+        return info.series;
+    case 2:
+        return info.device;
+    case 3:
+        return info.deviceVersion;
+    case 4:
+        return info.package;
+    case 5:
+        return info.speed;
+    case 6:
+        return info.voltage;
+    default:
+        break;
+    }
+    if (!isColumn(column))
+        return none;
+
+    // The loader keeps lines that end early, so a record may carry fewer
+    // than nine counts; a missing count is shown like an empty one.
+    const int entry = column - FirstResourceColumn;
+    if (entry >= info.resources.size() || info.resources.at(entry).isEmpty())
+        return zero;
+    return info.resources.at(entry);
+}
+
+/*
+ * The number a cell compares as: the text converted with QString::toInt() in
+ * base 10, for Kb columns after every "Kb" has been cut out. Memory sizes are
+ * written like "72Kb"; only that exact spelling is a unit, so "64KB" or "2Mb"
+ * stay non-numeric and count as 0, like any text toInt() rejects.
+ *
+ * Almost every cell is a short run of ASCII digits (with "Kb" in size
+ * columns). Such text cannot overflow and converts to its decimal value, so
+ * it is read directly; everything else takes the general conversion.
+ */
+int numberKey(QStringView text, bool cutKb)
+{
+    const QChar* chars = text.data();
+    qsizetype length = text.size();
+    if (cutKb && length >= 2 && chars[length - 2] == QLatin1Char('K') && chars[length - 1] == QLatin1Char('b'))
+        length -= 2;
+    if (length >= 1 && length <= 9) {
+        int value = 0;
+        qsizetype i = 0;
+        for (; i < length; ++i) {
+            const ushort unit = chars[i].unicode();
+            if (unit < '0' || unit > '9')
+                break;
+            value = value * 10 + (unit - '0');
+        }
+        if (i == length)
+            return value;
+    }
+
+    QString number = text.toString();
+    if (cutKb)
+        number.remove(QLatin1String("Kb"), Qt::CaseSensitive);
+    return number.toInt(nullptr, 10);
+}
+
+// A row's sort key next to the row it came from.
+template <typename Key>
+struct KeyedRow
+{
+    Key key;
+    int row;
+};
+
+/*
+ * The sort key of a text cell. Comparing the texts themselves would make
+ * nearly every comparison fetch two strings from scattered heap memory, and
+ * with a large list that dominates the sort. Most comparisons are decided
+ * within the first units after the prefix that all texts of the column share,
+ * so sixteen of those units travel inside the key, where the sort's sweeps
+ * over the key vector find them.
+ */
+struct TextKey
+{
+    static constexpr int Words = 4;
+    static constexpr int UnitsPerWord = 4;
+
+    // UTF-16 units from the common prefix on, four per word, the first in the
+    // high bits, so that comparing words compares the units in order. A
+    // position past the end packs as 0, the same as U+0000, so equal heads
+    // alone do not make equal texts.
+    quint64 head[Words];
+    QStringView text;
+    // The whole text after the common prefix is in the head.
+    bool inHead;
+};
+
+int compareKeys(const TextKey& left, const TextKey& right)
+{
+    for (int w = 0; w < TextKey::Words; ++w) {
+        if (left.head[w] != right.head[w])
+            return left.head[w] < right.head[w] ? -1 : 1;
+    }
+    // Equal heads that hold both texts entirely: the texts agree unit by
+    // unit, and where one is longer its extra units are U+0000, so the
+    // shorter is a prefix of the longer. Lists with many equal cells (a
+    // package, a series) would otherwise compare every pair in full.
+    if (left.inHead && right.inHead) {
+        const qsizetype l = left.text.size();
+        const qsizetype r = right.text.size();
+        return l < r ? -1 : (l > r ? 1 : 0);
+    }
+    return left.text.compare(right.text, Qt::CaseSensitive);
+}
+
+int compareKeys(int left, int right)
+{
+    return left < right ? -1 : (left > right ? 1 : 0);
+}
+
+/*
+ * Keys of a text column. The views point into the records' own strings; they
+ * stay valid because nothing touches the list until the sort is done.
+ */
+std::vector<KeyedRow<TextKey>> textKeys(const QList<ChipInfo>& chips, int column)
+{
+    std::vector<KeyedRow<TextKey>> keyed;
+    if (chips.isEmpty())
+        return keyed;
+    keyed.reserve(size_t(chips.size()));
+
+    // Units that every text shares decide nothing; the head starts after
+    // them. Found while each text is at hand anyway.
+    const QStringView first(cellText(chips.first(), column));
+    qsizetype common = first.size();
+    for (int row = 0; row < chips.size(); ++row) {
+        const QStringView text(cellText(chips.at(row), column));
+        keyed.push_back({TextKey{{}, text, false}, row});
+        common = std::min(common, text.size());
+        qsizetype i = 0;
+        while (i < common && text[i] == first[i])
+            ++i;
+        common = i;
+    }
+
+    for (KeyedRow<TextKey>& k : keyed) {
+        const QStringView text = k.key.text;
+        qsizetype pos = common;
+        for (quint64& word : k.key.head) {
+            word = 0;
+            for (int u = 0; u < TextKey::UnitsPerWord; ++u, ++pos)
+                word = (word << 16) | (pos < text.size() ? text[pos].unicode() : 0u);
+        }
+        k.key.inHead = text.size() <= pos;
+    }
+    return keyed;
+}
+
+/*
+ * Keys of a number or Kb column. The ordinary cell, a short run of ASCII
+ * digits, is read without copying the text.
+ *
+ * Finding the cells and reading them are two passes on purpose: the records
+ * lie scattered in memory, and the first pass runs ahead through them freely,
+ * while the digit loop's unpredictable exits would make the processor wait
+ * for each record in turn.
+ */
+std::vector<KeyedRow<int>> numberKeys(const QList<ChipInfo>& chips, int column, bool cutKb)
+{
+    std::vector<QStringView> cells;
+    cells.reserve(size_t(chips.size()));
+    for (const ChipInfo& chip : chips)
+        cells.push_back(QStringView(cellText(chip, column)));
+
+    std::vector<KeyedRow<int>> keyed;
+    keyed.reserve(cells.size());
+    for (size_t row = 0; row < cells.size(); ++row)
+        keyed.push_back({numberKey(cells[row], cutKb), int(row)});
+    return keyed;
+}
+
+/*
+ * Returns the rows of @p keyed in sorted order. Keys are computed once per
+ * record instead of once per comparison: with 100,000 chips a comparison
+ * sort makes a couple of million comparisons, and building two cell texts
+ * (plus two edited copies for Kb columns) for each of them would make a
+ * header click noticeably slow. compareKeys() has the sign of the comparison
+ * of the two cell texts, so the order is the same; only the order among
+ * equal keys is up to std::sort.
+ */
+template <typename Key>
+std::vector<int> sortedRows(std::vector<KeyedRow<Key>> keyed, Qt::SortOrder order)
+{
+    // Descending is the reversed comparison, not a reversed ascending result,
+    // so equal keys are not forced into the opposite order.
+    if (order == Qt::AscendingOrder) {
+        std::sort(keyed.begin(), keyed.end(), [](const KeyedRow<Key>& l, const KeyedRow<Key>& r) {
+            return compareKeys(l.key, r.key) < 0;
+        });
+    } else {
+        std::sort(keyed.begin(), keyed.end(), [](const KeyedRow<Key>& l, const KeyedRow<Key>& r) {
+            return compareKeys(l.key, r.key) > 0;
+        });
+    }
+
+    std::vector<int> rows;
+    rows.reserve(keyed.size());
+    for (const KeyedRow<Key>& k : keyed)
+        rows.push_back(k.row);
+    return rows;
+}
+
+/*
+ * Puts element sourceRows[i] of @p chips at position i. QList keeps records
+ * behind pointers, so swapItemsAt() only exchanges two pointers: following
+ * the permutation's cycles moves no record and copies no string. The first
+ * swap detaches the list from anyone else holding it.
+ */
+void applyOrder(QList<ChipInfo>& chips, const std::vector<int>& sourceRows)
+{
+    std::vector<bool> placed(sourceRows.size(), false);
+    for (int start = 0; start < int(sourceRows.size()); ++start) {
+        if (placed[size_t(start)])
+            continue;
+        // Position 'pos' still holds the record that started this cycle;
+        // each swap fills 'pos' and carries that record one step further.
+        int pos = start;
+        placed[size_t(pos)] = true;
+        for (int from = sourceRows[size_t(pos)]; from != start; from = sourceRows[size_t(pos)]) {
+            chips.swapItemsAt(pos, from);
+            pos = from;
+            placed[size_t(pos)] = true;
+        }
+    }
+}
+
+} // namespace
+
+ChipInfoTableModel::ChipInfoTableModel(QObject* parent)
+    : QAbstractTableModel(parent)
+{
+}
+
+ChipInfoTableModel::~ChipInfoTableModel() = default;
+
+void ChipInfoTableModel::setChipInfoList(const QList<ChipInfo>& list)
+{
+    beginResetModel();
+    m_chips = list;
+    endResetModel();
+}
+
+ChipInfo ChipInfoTableModel::index2chipInfo(const QModelIndex& index)
+{
+    return m_chips.value(index.row());
+}
+
+QModelIndex ChipInfoTableModel::info2index(ChipInfo info)
+{
+    for (int row = 0; row < m_chips.size(); ++row) {
+        if (m_chips.at(row).deviceId == info.deviceId)
+            return index(row, 0);
+    }
+    return QModelIndex();
+}
+
+QString ChipInfoTableModel::columnOfChipInfo(const ChipInfo& info, int column) const
+{
+    return cellText(info, column);
+}
+
+int ChipInfoTableModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : m_chips.size();
+}
+
+int ChipInfoTableModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+QVariant ChipInfoTableModel::data(const QModelIndex& index, int role) const
+{
+    const int column = index.column();
+    switch (role) {
+    case Qt::TextAlignmentRole:
+        if (!isColumn(column))
+            return QVariant();
+        return column < FirstResourceColumn ? LeftAligned : RightAligned;
+    case Qt::DisplayRole: {
+        const int row = index.row();
+        if (row < 0 || row >= m_chips.size())
+            return QVariant();
+        return columnOfChipInfo(m_chips.at(row), column);
+    }
+    default:
+        return QVariant();
+    }
+}
+
+QVariant ChipInfoTableModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || !isColumn(section))
+        return QVariant();
+    return QString(QLatin1String(Columns[section].header));
+}
+
+Qt::ItemFlags ChipInfoTableModel::flags(const QModelIndex& index) const
+{
+    if (!index.isValid())
+        return Qt::NoItemFlags;
+    return Qt::ItemIsSelectable | Qt::ItemIsEnabled;
+}
+
+void ChipInfoTableModel::sort(int column, Qt::SortOrder order)
+{
+    beginResetModel();
+    if (isColumn(column) && m_chips.size() > 1) {
+        std::vector<int> rows;
+        switch (Columns[column].kind) {
+        case SortKind::Text:
+            rows = sortedRows(textKeys(m_chips, column), order);
+            break;
+        case SortKind::Number:
+            rows = sortedRows(numberKeys(m_chips, column, false), order);
+            break;
+        case SortKind::KbSize:
+            rows = sortedRows(numberKeys(m_chips, column, true), order);
+            break;
+        }
+        applyOrder(m_chips, rows);
+    }
+    endResetModel();
+}
+
+} // namespace DEV
