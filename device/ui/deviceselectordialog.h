@@ -1,0 +1,74 @@
+#ifndef DEV_DEVICESELECTORDIALOG_H
+#define DEV_DEVICESELECTORDIALOG_H
+
+#include "chipinfo.h"
+#include "device_export.h"
+
+#include <QDialog>
+
+class QDialogButtonBox;
+
+namespace DEV {
+
+class DeviceDb;
+class DeviceSelector;
+
+/**
+ * @brief A modal dialog that asks the user for one chip.
+ *
+ * A DeviceSelector above an OK/Cancel button row. OK is enabled while a chip
+ * is chosen: it follows the selector's selectedDeviceChanged() reports, and
+ * every report is relayed through the dialog's own signal.
+ *
+ * Most hosts need one call:
+ * @code
+ * const DEV::ChipInfo chip = DEV::DeviceSelectorDialog::getSelectedChip(
+ *     this, DEV::DeviceDb::instance(), project.deviceId());
+ * if (!chip.partNumber.isEmpty())
+ *     project.setDevice(chip);
+ * @endcode
+ */
+class DEVICE_EXPORT DeviceSelectorDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    /// Builds the dialog over @p db, which is not owned and must outlive it.
+    explicit DeviceSelectorDialog(DeviceDb* db, QWidget* parent = nullptr);
+    ~DeviceSelectorDialog() override;
+
+    DeviceSelectorDialog(const DeviceSelectorDialog&) = delete;
+    DeviceSelectorDialog& operator=(const DeviceSelectorDialog&) = delete;
+
+    /**
+     * Opens a modal dialog over @p db preset to the device identifier
+     * @p device and returns the chip the user accepted, or an empty record
+     * when the dialog was cancelled or closed, or accepted with no row
+     * selected.
+     */
+    static ChipInfo getSelectedChip(QWidget* parent, DeviceDb* db, const QString& device);
+
+    /// Shows and selects the chip with the device identifier @p device; see DeviceSelector::setCurrentDevice().
+    void setCurrentDevice(const QString& device);
+
+    /// The chip of the selected row, or an empty record.
+    ChipInfo selectedDevice() const;
+
+    /// 800 by 450 pixels, whatever the contents.
+    QSize sizeHint() const override;
+
+signals:
+    /// Relays DeviceSelector::selectedDeviceChanged(), after the OK button was updated.
+    void selectedDeviceChanged(const DEV::DeviceArg& device);
+
+private slots:
+    void onSelectedDeviceChanged(const DEV::DeviceArg& device);
+
+private:
+    DeviceSelector* selector;
+    QDialogButtonBox* buttonBox;
+};
+
+} // namespace DEV
+
+#endif // DEV_DEVICESELECTORDIALOG_H
