@@ -7,6 +7,10 @@
 #include <QString>
 #include <QStringList>
 
+/**
+ * @brief Everything the Device library offers: the chip database, its filters,
+ * the chip table model and the selector widgets.
+ */
 namespace DEV {
 
 /**
@@ -60,6 +64,7 @@ struct DEVICE_EXPORT DeviceArg : public ChipInfo
     DeviceArg() = default;
     /// Takes all eleven members of @p info.
     DeviceArg(const ChipInfo& info); // NOLINT(google-explicit-constructor): converting on purpose
+    /// Copies all eleven members of @p other.
     DeviceArg(const DeviceArg& other) = default;
     ~DeviceArg() = default;
 
