@@ -1,0 +1,334 @@
+// devicepicker: the smallest real host of the device selector dialog. It asks
+// the user for one chip and prints it for a script to read, or renders the
+// dialog to a PNG on a machine without a display (the README's screenshot is
+// made that way).
+//
+// Exit status: 0 a chip was chosen and printed; 1 nothing was chosen (the
+// dialog was cancelled or closed, or OK was pressed with no row selected);
+// 2 bad usage, an unreadable data file, a screenshot that could not be
+// written, or no display to show the dialog on. Scripts branch on these, so
+// every failure path below ends in one of them.
+
+#include <chipinfo.h>
+#include <devicedb.h>
+#include <deviceselectordialog.h>
+
+#include <QApplication>
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QPixmap>
+#include <QPushButton>
+#include <QTimer>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+enum ExitStatus { Chosen = 0, NothingChosen = 1, BadUsage = 2 };
+
+enum class Answer { Nobody, Accept, Reject, Unknown };
+
+struct Options
+{
+    QCommandLineOption help{QStringList{QStringLiteral("h"), QStringLiteral("help")},
+                            QStringLiteral("Show this help and exit.")};
+    QCommandLineOption version{QStringLiteral("version"), QStringLiteral("Show the program's version and exit.")};
+    QCommandLineOption data{QStringLiteral("data"),
+                            QStringLiteral("Read the catalogue from FILE instead of the bundled one."),
+                            QStringLiteral("FILE")};
+    QCommandLineOption preset{QStringLiteral("preset"),
+                              QStringLiteral("Open the dialog on the chip with device identifier ID; an old "
+                                             "zr9k31-NNN identifier is understood."),
+                              QStringLiteral("ID")};
+    QCommandLineOption json{QStringLiteral("json"), QStringLiteral("Print the chosen chip as a JSON object.")};
+    QCommandLineOption screenshot{QStringLiteral("screenshot"),
+                                  QStringLiteral("Do not ask: render the dialog, preset and scrolled to its "
+                                                 "chip, to the PNG image FILE and exit."),
+                                  QStringLiteral("FILE")};
+
+    QList<QCommandLineOption> all() const { return {help, version, data, preset, json, screenshot}; }
+};
+
+const char* const kEpilog = R"(
+Opens the device selector dialog and prints the chip chosen with OK, one
+member of the chip record per line, in this order:
+
+  deviceId: zr9k31a-015
+  partNumber: ZR9K31AA-LVBG484C6/I5
+  series: ZR9K
+  matchKey, device, deviceVersion, package, voltage, speed, auxiliary: ...
+  resources: 215, 31104, 46656, , 1944Kb, 504Kb, , 27, 2
+
+Each line is the member's name, a colon and, when the value is not empty, a
+space and the value. "resources" lists the counts IO, LUT, FF, ROM16, SSRAM,
+BSRAM, User Flash, DSP, PLL separated by ", ", empty ones included. --json
+prints one object with the same names, "resources" as an array of strings,
+each exactly as the data file has it.
+
+Without a display (no DISPLAY or WAYLAND_DISPLAY, and no QT_QPA_PLATFORM
+chosen) the program runs on Qt's offscreen platform, where --screenshot works
+but the dialog cannot be shown.
+
+Exit status: 0 a chip was chosen; 1 nothing was chosen (cancelled, or OK with
+no row selected), nothing printed; 2 bad usage, unreadable data file,
+unwritable screenshot or no display.
+)";
+
+void printOut(const QByteArray& bytes)
+{
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+}
+
+int usageError(const QString& message)
+{
+    std::fprintf(stderr, "devicepicker: %s\n", qPrintable(message));
+    return BadUsage;
+}
+
+/// Qt's parser texts read "Unknown option 'x'."; ours are lower-case fragments.
+QString asFragment(QString text)
+{
+    if (text.endsWith(QLatin1Char('.')))
+        text.chop(1);
+    if (!text.isEmpty())
+        text[0] = text.at(0).toLower();
+    return text;
+}
+
+/*
+ * QApplication picks its platform plugin when it is constructed, and Debian's
+ * default (xcb) aborts the process when there is no X server. Choosing the
+ * offscreen platform first lets --help, the usage errors and --screenshot work
+ * on a headless machine. A platform the user chose (QT_QPA_PLATFORM or
+ * -platform) is left alone.
+ */
+void preferOffscreenWithoutDisplay(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || !qEnvironmentVariableIsEmpty("DISPLAY")
+        || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        return;
+    for (int i = 1; i < argc; ++i) {
+        if (qstrcmp(argv[i], "-platform") == 0 || qstrcmp(argv[i], "--platform") == 0)
+            return;
+    }
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
+/*
+ * On a headless machine Qt's platform layer reports things that are neither
+ * the user's concern nor a fault (no XDG runtime directory, a platform that
+ * ignores size hints). Scripts read standard error for the one-line message,
+ * so that chatter is dropped; every other message passes unchanged.
+ */
+QtMessageHandler passOn = nullptr;
+
+void dropPlatformChatter(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (type == QtWarningMsg
+        && (message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"))
+            || message == QLatin1String("This plugin does not support propagateSizeHints()")))
+        return;
+    if (passOn)
+        passOn(type, context, message);
+}
+
+bool cannotShowWindows()
+{
+    const QString platform = QGuiApplication::platformName();
+    return platform == QLatin1String("offscreen") || platform == QLatin1String("minimal");
+}
+
+/*
+ * Test aid, on purpose left out of --help: DEVICEPICKER_AUTOANSWER=accept or
+ * reject clicks OK or Cancel as soon as the modal dialog is up, so the tests
+ * can run the interactive path, getSelectedChip() included, without a person.
+ * Unset or empty, nothing is scheduled.
+ */
+Answer autoAnswer()
+{
+    const QByteArray value = qgetenv("DEVICEPICKER_AUTOANSWER");
+    if (value.isEmpty())
+        return Answer::Nobody;
+    if (value == "accept")
+        return Answer::Accept;
+    if (value == "reject")
+        return Answer::Reject;
+    return Answer::Unknown;
+}
+
+void answerWhenShown(Answer answer, int delay = 0)
+{
+    // exec() shows the dialog before it runs its loop, so this finds it on
+    // the first or second try; the retries only guard against a slow show.
+    QTimer::singleShot(delay, [answer] {
+        auto* dialog = qobject_cast<DEV::DeviceSelectorDialog*>(QApplication::activeModalWidget());
+        auto* buttons = dialog ? dialog->findChild<QDialogButtonBox*>() : nullptr;
+        if (!buttons) {
+            answerWhenShown(answer, 10);
+            return;
+        }
+        QPushButton* button =
+            buttons->button(answer == Answer::Accept ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel);
+        if (button->isEnabled()) {
+            button->click();
+            return;
+        }
+        // A person would be stuck here too; a test must not be.
+        std::fprintf(stderr, "devicepicker: DEVICEPICKER_AUTOANSWER: the button is disabled, cancelling\n");
+        dialog->reject();
+    });
+}
+
+QByteArray chipText(const DEV::ChipInfo& chip)
+{
+    const std::pair<const char*, QString> members[] = {
+        {"deviceId", chip.deviceId},
+        {"partNumber", chip.partNumber},
+        {"series", chip.series},
+        {"matchKey", chip.matchKey},
+        {"device", chip.device},
+        {"deviceVersion", chip.deviceVersion},
+        {"package", chip.package},
+        {"voltage", chip.voltage},
+        {"speed", chip.speed},
+        {"auxiliary", chip.auxiliary},
+        {"resources", chip.resources.join(QLatin1String(", "))},
+    };
+    QString text;
+    for (const auto& [name, value] : members) {
+        // No trailing blank after an empty value: "key:" reads as empty.
+        text += QLatin1String(name) + QLatin1Char(':');
+        if (!value.isEmpty())
+            text += QLatin1Char(' ') + value;
+        text += QLatin1Char('\n');
+    }
+    // Local 8-bit, the encoding the loader read the data file in, so the
+    // bytes printed are the bytes of the file.
+    return text.toLocal8Bit();
+}
+
+QByteArray chipJson(const DEV::ChipInfo& chip)
+{
+    const QJsonObject object{
+        {QStringLiteral("deviceId"), chip.deviceId},
+        {QStringLiteral("partNumber"), chip.partNumber},
+        {QStringLiteral("series"), chip.series},
+        {QStringLiteral("matchKey"), chip.matchKey},
+        {QStringLiteral("device"), chip.device},
+        {QStringLiteral("deviceVersion"), chip.deviceVersion},
+        {QStringLiteral("package"), chip.package},
+        {QStringLiteral("voltage"), chip.voltage},
+        {QStringLiteral("speed"), chip.speed},
+        {QStringLiteral("auxiliary"), chip.auxiliary},
+        {QStringLiteral("resources"), QJsonArray::fromStringList(chip.resources)},
+    };
+    return QJsonDocument(object).toJson(QJsonDocument::Indented);
+}
+
+int screenshot(DEV::DeviceDb* db, const QString& preset, const QString& path)
+{
+    DEV::DeviceSelectorDialog dialog(db);
+    dialog.setCurrentDevice(preset);
+    dialog.resize(dialog.sizeHint());
+    dialog.show();
+    // The selector scrolls to the preset chip from a zero-delay timer, and the
+    // table lays out its rows lazily; a few rounds of the event loop let both
+    // happen before the picture is taken.
+    for (int round = 0; round < 3; ++round) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
+    const QPixmap picture = dialog.grab();
+    if (picture.isNull() || !picture.save(path, "PNG"))
+        return usageError(QStringLiteral("cannot write screenshot: %1").arg(path));
+    return Chosen;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    passOn = qInstallMessageHandler(dropPlatformChatter);
+    preferOffscreenWithoutDisplay(argc, argv);
+    QApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("devicepicker"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(DEVICEPICKER_VERSION));
+
+    const Options o;
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Asks for one chip of the device catalogue and prints it."));
+    parser.addOptions(o.all());
+    if (!parser.parse(QCoreApplication::arguments()))
+        return usageError(asFragment(parser.errorText()));
+    if (parser.isSet(o.help)) {
+        printOut((parser.helpText() + QLatin1String(kEpilog)).toLocal8Bit());
+        return Chosen;
+    }
+    if (parser.isSet(o.version)) {
+        printOut(QStringLiteral("devicepicker %1\n").arg(QCoreApplication::applicationVersion()).toLocal8Bit());
+        return Chosen;
+    }
+    if (!parser.positionalArguments().isEmpty())
+        return usageError(QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst()));
+    for (const QCommandLineOption& option : o.all()) {
+        if (!option.valueName().isEmpty() && parser.values(option).size() > 1)
+            return usageError(QStringLiteral("--%1 given more than once").arg(option.names().constLast()));
+    }
+    if (parser.isSet(o.data) && parser.value(o.data).isEmpty())
+        return usageError(QStringLiteral("--data needs a file name"));
+    if (parser.isSet(o.screenshot) && parser.value(o.screenshot).isEmpty())
+        return usageError(QStringLiteral("--screenshot needs a file name"));
+    if (parser.isSet(o.screenshot) && parser.isSet(o.json))
+        return usageError(QStringLiteral("--json and --screenshot cannot be combined"));
+    const Answer answer = autoAnswer();
+    if (answer == Answer::Unknown)
+        return usageError(QStringLiteral("DEVICEPICKER_AUTOANSWER must be accept or reject"));
+
+    // The library only logs an unreadable file and carries on with an empty
+    // database, which would look like a dialog with nothing to choose.
+    const QString dataFile = parser.value(o.data);
+    const QString path = dataFile.isEmpty()
+        ? QCoreApplication::applicationDirPath() + QLatin1String("/../data/device/device_info.csv")
+        : dataFile;
+    const QFileInfo file(path);
+    if (!file.isFile() || !file.isReadable())
+        return usageError(QStringLiteral("cannot read data file: %1").arg(QDir::cleanPath(path)));
+
+    std::unique_ptr<DEV::DeviceDb> own;
+    DEV::DeviceDb* db = nullptr;
+    if (dataFile.isEmpty()) {
+        db = DEV::DeviceDb::instance();
+    } else {
+        own = std::make_unique<DEV::DeviceDb>(dataFile);
+        db = own.get();
+    }
+    const QString preset = parser.value(o.preset);
+
+    if (parser.isSet(o.screenshot))
+        return screenshot(db, preset, parser.value(o.screenshot));
+
+    // A dialog nobody can see would wait for ever.
+    if (answer == Answer::Nobody && cannotShowWindows())
+        return usageError(QStringLiteral("no display to show the dialog on (try --screenshot FILE)"));
+    if (answer != Answer::Nobody)
+        answerWhenShown(answer);
+
+    // [host-example] The README shows this block verbatim.
+    // Modal: returns once the user has answered. The preset is a device
+    // identifier; an empty record means the user cancelled, or pressed OK
+    // with no row selected.
+    const DEV::ChipInfo chip = DEV::DeviceSelectorDialog::getSelectedChip(nullptr, db, preset);
+    if (chip.deviceId.isEmpty())
+        return NothingChosen;
+    // [host-example]
+
+    printOut(parser.isSet(o.json) ? chipJson(chip) : chipText(chip));
+    return Chosen;
+}
