@@ -22,9 +22,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLibraryInfo>
 #include <QPixmap>
 #include <QPushButton>
 #include <QTimer>
+#include <QTranslator>
 
 #include <cstdio>
 #include <memory>
@@ -48,12 +50,16 @@ struct Options
                                              "zr9k31-NNN identifier is understood."),
                               QStringLiteral("ID")};
     QCommandLineOption json{QStringLiteral("json"), QStringLiteral("Print the chosen chip as a JSON object.")};
+    QCommandLineOption lang{QStringLiteral("lang"),
+                            QStringLiteral("Show the dialog in language CODE (for example de), from the "
+                                           "translations installed beside the program."),
+                            QStringLiteral("CODE")};
     QCommandLineOption screenshot{QStringLiteral("screenshot"),
                                   QStringLiteral("Do not ask: render the dialog, preset and scrolled to its "
                                                  "chip, to the PNG image FILE and exit."),
                                   QStringLiteral("FILE")};
 
-    QList<QCommandLineOption> all() const { return {help, version, data, preset, json, screenshot}; }
+    QList<QCommandLineOption> all() const { return {help, version, data, preset, json, lang, screenshot}; }
 };
 
 const char* const kEpilog = R"(
@@ -251,6 +257,25 @@ int screenshot(DEV::DeviceDb* db, const QString& preset, const QString& path)
     return Chosen;
 }
 
+/*
+ * Installs the library's translation for @p code, and Qt's own for the
+ * dialog's standard buttons when the system has it. The library's files live
+ * in share/device/translations beside bin/, in the build tree as after
+ * installation.
+ */
+bool installTranslations(QApplication& app, const QString& code)
+{
+    auto* device = new QTranslator(&app);
+    const QString dir = QCoreApplication::applicationDirPath() + QLatin1String("/../share/device/translations");
+    if (!device->load(QLatin1String("device_") + code, dir))
+        return false;
+    app.installTranslator(device);
+    auto* qt = new QTranslator(&app);
+    if (qt->load(QLatin1String("qtbase_") + code, QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
+        app.installTranslator(qt);
+    return true;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -287,6 +312,8 @@ int main(int argc, char* argv[])
         return usageError(QStringLiteral("--screenshot needs a file name"));
     if (parser.isSet(o.screenshot) && parser.isSet(o.json))
         return usageError(QStringLiteral("--json and --screenshot cannot be combined"));
+    if (parser.isSet(o.lang) && !installTranslations(app, parser.value(o.lang)))
+        return usageError(QStringLiteral("no translation for language '%1'").arg(parser.value(o.lang)));
     const Answer answer = autoAnswer();
     if (answer == Answer::Unknown)
         return usageError(QStringLiteral("DEVICEPICKER_AUTOANSWER must be accept or reject"));
