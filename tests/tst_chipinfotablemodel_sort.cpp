@@ -270,6 +270,23 @@ private slots:
         QCOMPARE(columnTexts(model, column), expected);
     }
 
+    // An ordered list is left exactly as it is, equal keys included, and a
+    // list ordered the other way round is still sorted.
+    void orderedListKeepsItsOrder()
+    {
+        const QList<ChipInfo> chips = listOf(0, {"A", "B", "B", "C"});
+        ChipInfoTableModel model;
+        model.setChipInfoList(chips);
+        model.sort(0, Qt::AscendingOrder);
+        QCOMPARE(deviceIds(rows(model)), deviceIds(chips));
+        model.sort(0, Qt::DescendingOrder);
+        QCOMPARE(columnTexts(model, 0), (QStringList{"C", "B", "B", "A"}));
+        model.sort(0, Qt::DescendingOrder);
+        QCOMPARE(columnTexts(model, 0), (QStringList{"C", "B", "B", "A"}));
+        model.sort(0, Qt::AscendingOrder);
+        QCOMPARE(columnTexts(model, 0), (QStringList{"A", "B", "B", "C"}));
+    }
+
     void columnOutsideTableKeepsOrder()
     {
         const QList<ChipInfo> chips = randomChips(7, 30);

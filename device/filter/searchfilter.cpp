@@ -262,13 +262,24 @@ bool matchFilter(const ChipInfo& info, const ChipFilterBySearch& filter)
 QList<ChipInfo> DeviceDb::filterChips(const ChipFilterBySearch& filter, const QList<ChipInfo>& chips) const
 {
     SearchMatcher matcher(filter, true);
-    QList<ChipInfo> result;
     const QList<ChipInfo> list = chips;
-    for (const ChipInfo& chip : list) {
-        if (matcher.matches(chip))
-            result.append(chip);
+    // Short searches often keep every chip; the input itself is then the
+    // answer, and nothing is copied until the first chip falls out.
+    QList<ChipInfo> result;
+    bool allMatch = true;
+    for (int i = 0; i < list.size(); ++i) {
+        const ChipInfo& chip = list.at(i);
+        if (matcher.matches(chip)) {
+            if (!allMatch)
+                result.append(chip);
+        } else if (allMatch) {
+            allMatch = false;
+            result.reserve(list.size() - 1);
+            for (int j = 0; j < i; ++j)
+                result.append(list.at(j));
+        }
     }
-    return result;
+    return allMatch ? list : result;
 }
 
 } // namespace DEV

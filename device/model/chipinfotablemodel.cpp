@@ -1,4 +1,5 @@
 #include "chipinfotablemodel.h"
+#include "chipinfotablemodel_p.h"
 
 #include <QStringView>
 
@@ -245,17 +246,28 @@ std::vector<KeyedRow<int>> numberKeys(const QList<ChipInfo>& chips, int column, 
 }
 
 /*
- * Returns the rows of @p keyed in sorted order. Keys are computed once per
- * record instead of once per comparison: with 100,000 chips a comparison
- * sort makes a couple of million comparisons, and building two cell texts
- * (plus two edited copies for Kb columns) for each of them would make a
- * header click noticeably slow. compareKeys() has the sign of the comparison
- * of the two cell texts, so the order is the same; only the order among
- * equal keys is up to std::sort.
+ * Returns the rows of @p keyed in sorted order, or nothing when they are in
+ * order already. Keys are computed once per record instead of once per
+ * comparison: with 100,000 chips a comparison sort makes a couple of million
+ * comparisons, and building two cell texts (plus two edited copies for Kb
+ * columns) for each of them would make a header click noticeably slow.
+ * compareKeys() has the sign of the comparison of the two cell texts, so the
+ * order is the same; only the order among equal keys is up to std::sort.
+ *
+ * Lists often arrive sorted (the selector keeps its lists in part-number
+ * order, and a second click on one header re-sorts an ordered list), and one
+ * pass over the keys tells.
  */
 template <typename Key>
 std::vector<int> sortedRows(std::vector<KeyedRow<Key>> keyed, Qt::SortOrder order)
 {
+    const int direction = order == Qt::AscendingOrder ? 1 : -1;
+    bool ordered = true;
+    for (size_t i = 1; i < keyed.size() && ordered; ++i)
+        ordered = direction * compareKeys(keyed[i - 1].key, keyed[i].key) <= 0;
+    if (ordered)
+        return {};
+
     // Descending is the reversed comparison, not a reversed ascending result,
     // so equal keys are not forced into the opposite order.
     if (order == Qt::AscendingOrder) {
@@ -276,13 +288,26 @@ std::vector<int> sortedRows(std::vector<KeyedRow<Key>> keyed, Qt::SortOrder orde
 }
 
 /*
- * Puts element sourceRows[i] of @p chips at position i. QList keeps records
- * behind pointers, so swapItemsAt() only exchanges two pointers: following
- * the permutation's cycles moves no record and copies no string. The first
- * swap detaches the list from anyone else holding it.
+ * Puts element sourceRows[i] of @p chips at position i.
+ *
+ * A list shared with someone else must be copied anyway; copying it straight
+ * into the new order also lays the records out in memory in the order later
+ * walks over the list will visit them. A list of our own is reordered in
+ * place: QList keeps records behind pointers, so swapItemsAt() only exchanges
+ * two pointers, and following the permutation's cycles moves no record and
+ * copies no string.
  */
 void applyOrder(QList<ChipInfo>& chips, const std::vector<int>& sourceRows)
 {
+    if (!chips.isDetached()) {
+        QList<ChipInfo> ordered;
+        ordered.reserve(chips.size());
+        for (int row : sourceRows)
+            ordered.append(chips.at(row));
+        chips = ordered;
+        return;
+    }
+
     std::vector<bool> placed(sourceRows.size(), false);
     for (int start = 0; start < int(sourceRows.size()); ++start) {
         if (placed[size_t(start)])
@@ -380,22 +405,32 @@ Qt::ItemFlags ChipInfoTableModel::flags(const QModelIndex& index) const
 void ChipInfoTableModel::sort(int column, Qt::SortOrder order)
 {
     beginResetModel();
-    if (isColumn(column) && m_chips.size() > 1) {
-        std::vector<int> rows;
-        switch (Columns[column].kind) {
-        case SortKind::Text:
-            rows = sortedRows(textKeys(m_chips, column), order);
-            break;
-        case SortKind::Number:
-            rows = sortedRows(numberKeys(m_chips, column, false), order);
-            break;
-        case SortKind::KbSize:
-            rows = sortedRows(numberKeys(m_chips, column, true), order);
-            break;
-        }
-        applyOrder(m_chips, rows);
-    }
+    pimpl::sortChips(m_chips, column, order);
     endResetModel();
 }
+
+namespace pimpl {
+
+void sortChips(QList<ChipInfo>& chips, int column, Qt::SortOrder order)
+{
+    if (!isColumn(column) || chips.size() < 2)
+        return;
+    std::vector<int> rows;
+    switch (Columns[column].kind) {
+    case SortKind::Text:
+        rows = sortedRows(textKeys(chips, column), order);
+        break;
+    case SortKind::Number:
+        rows = sortedRows(numberKeys(chips, column, false), order);
+        break;
+    case SortKind::KbSize:
+        rows = sortedRows(numberKeys(chips, column, true), order);
+        break;
+    }
+    if (!rows.empty())
+        applyOrder(chips, rows);
+}
+
+} // namespace pimpl
 
 } // namespace DEV

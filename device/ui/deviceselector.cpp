@@ -2,6 +2,7 @@
 
 #include "chipfilter.h"
 #include "chipinfotablemodel.h"
+#include "chipinfotablemodel_p.h"
 #include "devicedb.h"
 #include "searchlineedit.h"
 #include "ui_deviceselector.h"
@@ -70,6 +71,31 @@ private:
 
 } // namespace
 
+/*
+ * The chips that pass the combo boxes, already in the table's default order
+ * (part number ascending). Every rebuild shows them sorted that way and
+ * every keystroke searches them again; kept sorted, the search result comes
+ * out in order and the table's sort finds nothing to move.
+ */
+struct DeviceSelector::SortedBase
+{
+    ChipFilter filter;
+    QList<ChipInfo> chips;
+    bool valid = false;
+};
+
+namespace {
+
+bool sameFilter(const ChipFilter& a, const ChipFilter& b)
+{
+    // A null and an empty version mean different things.
+    return a.partNumber == b.partNumber && a.series == b.series && a.matchKey == b.matchKey && a.device == b.device
+        && a.deviceVersion == b.deviceVersion && a.deviceVersion.isNull() == b.deviceVersion.isNull()
+        && a.package == b.package && a.auxiliary == b.auxiliary && a.voltage == b.voltage && a.speed == b.speed;
+}
+
+} // namespace
+
 DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     : QWidget(parent)
     , ui(new Ui_DeviceSelector)
@@ -77,6 +103,7 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     , model(nullptr)
     , currentDeviceIndex()
     , searchEdit(nullptr)
+    , sortedBase(new SortedBase)
 {
     ui->setupUi(this);
 
@@ -226,7 +253,7 @@ void DeviceSelector::filter()
         return;
     }
 
-    model->setChipInfoList(db->filterChips(filterFromBoxes(*ui)));
+    model->setChipInfoList(chipsOfBoxes());
     ui->tableView->scrollToTop();
     // Whatever was chosen is gone with the old list.
     emit selectedDeviceChanged(DeviceArg());
@@ -256,7 +283,7 @@ void DeviceSelector::filterBySearch()
     search.caseSensitive = searchEdit->caseSensitiveAction->isChecked();
     search.pattern = searchEdit->text();
 
-    const QList<ChipInfo> base = db->filterChips(filterFromBoxes(*ui));
+    const QList<ChipInfo> base = chipsOfBoxes();
     QList<ChipInfo> result;
     if (!search.pattern.isEmpty()) {
         result = db->filterChips(search, base);
@@ -266,6 +293,18 @@ void DeviceSelector::filterBySearch()
     ui->matchCountLabel->setText(tr("(%1 matches)").arg(result.size()));
     emit selectedDeviceChanged(DeviceArg());
     ui->tableView->sortByColumn(0, Qt::AscendingOrder);
+}
+
+const QList<ChipInfo>& DeviceSelector::chipsOfBoxes()
+{
+    const ChipFilter filter = filterFromBoxes(*ui);
+    if (!sortedBase->valid || !sameFilter(sortedBase->filter, filter)) {
+        sortedBase->chips = db->filterChips(filter);
+        pimpl::sortChips(sortedBase->chips, 0, Qt::AscendingOrder);
+        sortedBase->filter = filter;
+        sortedBase->valid = true;
+    }
+    return sortedBase->chips;
 }
 
 void DeviceSelector::onIndexSelected()

@@ -7,6 +7,8 @@
 #include <QModelIndex>
 #include <QWidget>
 
+#include <memory>
+
 namespace DEV {
 
 class ChipInfoTableModel;
@@ -89,6 +91,12 @@ private:
     ChipInfoTableModel* model;
     QModelIndex currentDeviceIndex;
     SearchLineEdit* searchEdit;
+
+    struct SortedBase;
+    /// The combo boxes' last result in part-number order, kept for the search.
+    std::unique_ptr<SortedBase> sortedBase;
+
+    const QList<ChipInfo>& chipsOfBoxes();
 };
 
 } // namespace DEV
