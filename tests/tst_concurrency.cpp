@@ -2,6 +2,7 @@
 // instance() share one load, and the const queries of one database may run
 // in parallel. Built and run under ThreadSanitizer as well.
 
+#include "chipfilter.h"
 #include "devicedb.h"
 #include "testhelpers.h"
 
@@ -96,6 +97,21 @@ private slots:
                 if (db->findByID(QStringLiteral("zr9k31-013")).partNumber != QLatin1String("PN-15"))
                     ++failures[t];
                 if (db->allDevice().size() != m_chips)
+                    ++failures[t];
+                DEV::ChipFilter series;
+                series.series = QStringLiteral("S%1").arg(t % 7);
+                const QList<ChipInfo> ofSeries = db->filterChips(series);
+                if (ofSeries.isEmpty())
+                    ++failures[t];
+                DEV::ChipFilterBySearch search;
+                search.patternSyntax = round % 4;
+                search.pattern = round % 4 == 0 ? QStringLiteral("PN-1*") : QStringLiteral("PN-1");
+                search.group = round % 2 == 0 ? 0 : 2;
+                const int hits = db->filterChips(search, ofSeries).size();
+                if (hits > ofSeries.size())
+                    ++failures[t];
+                // The same search gives the same answer in every thread.
+                if (db->filterChips(search, ofSeries).size() != hits)
                     ++failures[t];
                 // Copies handed out may be changed by their owner without
                 // disturbing the database or other threads.
