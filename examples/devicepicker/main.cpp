@@ -9,6 +9,8 @@
 // written, or no display to show the dialog on. Scripts branch on these, so
 // every failure path below ends in one of them.
 
+#include "commandline.h"
+
 #include <chipinfo.h>
 #include <devicedb.h>
 #include <deviceselectordialog.h>
@@ -87,26 +89,9 @@ no row selected), nothing printed; 2 bad usage, unreadable data file,
 unwritable screenshot or no display.
 )";
 
-void printOut(const QByteArray& bytes)
-{
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
-}
-
-int usageError(const QString& message)
-{
-    std::fprintf(stderr, "devicepicker: %s\n", qPrintable(message));
-    return BadUsage;
-}
-
-/// Qt's parser texts read "Unknown option 'x'."; ours are lower-case fragments.
-QString asFragment(QString text)
-{
-    if (text.endsWith(QLatin1Char('.')))
-        text.chop(1);
-    if (!text.isEmpty())
-        text[0] = text.at(0).toLower();
-    return text;
-}
+using ExampleCommandLine::asFragment;
+using ExampleCommandLine::printOut;
+using ExampleCommandLine::usageError;
 
 /*
  * QApplication picks its platform plugin when it is constructed, and Debian's

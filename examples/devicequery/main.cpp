@@ -6,6 +6,8 @@
 // zero), 1 when nothing matched, 2 for bad usage or an unreadable data file.
 // Scripts branch on these, so every failure path below ends in one of them.
 
+#include "commandline.h"
+
 #include <chipfilter.h>
 #include <chipinfo.h>
 #include <devicedb.h>
@@ -122,26 +124,9 @@ Exit status: 0 chips printed, 1 nothing matched (--count still prints 0),
 2 bad usage or unreadable data file.
 )";
 
-void printOut(const QByteArray& bytes)
-{
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
-}
-
-int usageError(const QString& message)
-{
-    std::fprintf(stderr, "devicequery: %s\n", qPrintable(message));
-    return BadUsage;
-}
-
-/// Qt's parser texts read "Unknown option 'x'."; ours are lower-case fragments.
-QString asFragment(QString text)
-{
-    if (text.endsWith(QLatin1Char('.')))
-        text.chop(1);
-    if (!text.isEmpty())
-        text[0] = text.at(0).toLower();
-    return text;
-}
+using ExampleCommandLine::asFragment;
+using ExampleCommandLine::printOut;
+using ExampleCommandLine::usageError;
 
 std::optional<int> searchGroup(const QString& name)
 {
