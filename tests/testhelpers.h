@@ -1,31 +1,30 @@
 #ifndef DEV_TESTHELPERS_H
 #define DEV_TESTHELPERS_H
 
+#include "chipinfo.h"
+#include "devicedb.h"
+
+#include <QAbstractItemModel>
 #include <QByteArray>
 #include <QFile>
 #include <QMutex>
 #include <QMutexLocker>
+#include <QSignalSpy>
 #include <QString>
 #include <QStringList>
+#include <QTableView>
 #include <QTemporaryDir>
-#include <QtGlobal>
+#include <QTest>
+
+#include <memory>
 
 namespace TestHelpers {
 
-/**
- * Captures every Qt message while alive, from any thread, in the exact text
- * the default handler would print (message text without the newline), and
- * with its type. Restores the previous handler on destruction.
- */
+/// Captures every Qt message (from any thread) while alive, as the default
+/// handler would print its text; restores the previous handler afterwards.
 class MessageCapture
 {
 public:
-    struct Message
-    {
-        QtMsgType type;
-        QString text;
-    };
-
     MessageCapture()
     {
         current() = this;
@@ -39,24 +38,22 @@ public:
     MessageCapture(const MessageCapture&) = delete;
     MessageCapture& operator=(const MessageCapture&) = delete;
 
-    QList<Message> messages() const
+    int count() const
     {
         QMutexLocker lock(&m_mutex);
-        return m_messages;
+        return m_texts.size();
     }
-
     /// The texts of the critical messages, in order.
     QStringList criticals() const
     {
+        QMutexLocker lock(&m_mutex);
         QStringList out;
-        for (const Message& m : messages()) {
-            if (m.type == QtCriticalMsg)
-                out << m.text;
+        for (int i = 0; i < m_texts.size(); ++i) {
+            if (m_types.at(i) == QtCriticalMsg)
+                out << m_texts.at(i);
         }
         return out;
     }
-
-    int count() const { return messages().size(); }
 
 private:
     static MessageCapture*& current()
@@ -64,18 +61,18 @@ private:
         static MessageCapture* instance = nullptr;
         return instance;
     }
-
     static void handler(QtMsgType type, const QMessageLogContext&, const QString& text)
     {
-        MessageCapture* self = current();
-        if (!self)
-            return;
-        QMutexLocker lock(&self->m_mutex);
-        self->m_messages.append({type, text});
+        if (MessageCapture* self = current()) {
+            QMutexLocker lock(&self->m_mutex);
+            self->m_types << type;
+            self->m_texts << text;
+        }
     }
 
     mutable QMutex m_mutex;
-    QList<Message> m_messages;
+    QList<QtMsgType> m_types;
+    QStringList m_texts;
     QtMessageHandler m_previous = nullptr;
 };
 
@@ -83,9 +80,7 @@ private:
 inline bool writeFile(const QString& path, const QByteArray& bytes)
 {
     QFile f(path);
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    return f.write(bytes) == bytes.size();
+    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
 }
 
 /// A complete data-file line of nineteen columns with the given key values.
@@ -94,6 +89,81 @@ inline QByteArray line19(const QByteArray& id, const QByteArray& pn, const QByte
 {
     return id + ',' + pn + ',' + series + ',' + matchKey + ",DEV1," + version
         + ",PKG1,1.0V,C6,AUX,100,200,300,4Kb,5Kb,6Kb,7Kb,8,9\n";
+}
+
+/// A line with the values the selector filters on; the rest are fixed.
+inline QByteArray chipLine(const QByteArray& id, const QByteArray& pn, const QByteArray& series,
+                           const QByteArray& device, const QByteArray& version, const QByteArray& package,
+                           const QByteArray& speed = "C6")
+{
+    return id + ',' + pn + ',' + series + ",MK," + device + ',' + version + ',' + package + ",1.0V," + speed
+        + ",AUX,100,200,300,4Kb,5Kb,6Kb,7Kb,8,9\n";
+}
+
+/// Data files in a temporary directory, and databases loaded from them.
+class Catalogues
+{
+public:
+    bool isValid() const { return m_dir.isValid(); }
+    QString path(const QString& name) const { return m_dir.filePath(name); }
+    /// Writes @p bytes to a new file and returns its path.
+    QString write(const QByteArray& bytes)
+    {
+        const QString p = path(QStringLiteral("data%1.csv").arg(++m_count));
+        if (!writeFile(p, bytes))
+            qFatal("cannot write test fixture %s", qPrintable(p));
+        return p;
+    }
+    std::unique_ptr<DEV::DeviceDb> load(const QByteArray& bytes)
+    {
+        return std::unique_ptr<DEV::DeviceDb>(new DEV::DeviceDb(write(bytes)));
+    }
+
+private:
+    QTemporaryDir m_dir;
+    int m_count = 0;
+};
+
+/// Every member of a record, nulls told from empties, for whole-record comparison.
+inline QStringList fields(const DEV::ChipInfo& c)
+{
+    QStringList out;
+    for (const QString* m : {&c.deviceId, &c.partNumber, &c.series, &c.matchKey, &c.device, &c.deviceVersion,
+                             &c.package, &c.voltage, &c.speed, &c.auxiliary})
+        out << (m->isNull() ? QStringLiteral("<null>") : *m);
+    return out << QString::number(c.resources.size()) + QLatin1Char(':') + c.resources.join(QLatin1Char('|'));
+}
+
+template <typename Chip>
+QStringList ids(const QList<Chip>& chips)
+{
+    QStringList out;
+    for (const DEV::ChipInfo& c : chips)
+        out << c.deviceId;
+    return out;
+}
+
+/// The device ids that a selectedDeviceChanged() spy has seen; an empty choice reads "".
+inline QStringList emittedIds(const QSignalSpy& spy)
+{
+    QStringList out;
+    for (const QList<QVariant>& args : spy)
+        out << qvariant_cast<DEV::DeviceArg>(args.at(0)).deviceId;
+    return out;
+}
+
+inline QStringList columnTexts(const QAbstractItemModel& model, int column)
+{
+    QStringList out;
+    for (int row = 0; row < model.rowCount(); ++row)
+        out << model.index(row, column).data().toString();
+    return out;
+}
+
+inline void clickRow(QTableView* table, int row, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    const QRect cell = table->visualRect(table->model()->index(row, 0));
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, modifiers, cell.center());
 }
 
 } // namespace TestHelpers
