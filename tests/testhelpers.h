@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QMutex>
 #include <QMutexLocker>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QString>
 #include <QStringList>
@@ -164,6 +165,35 @@ inline void clickRow(QTableView* table, int row, Qt::KeyboardModifiers modifiers
 {
     const QRect cell = table->visualRect(table->model()->index(row, 0));
     QTest::mouseClick(table->viewport(), Qt::LeftButton, modifiers, cell.center());
+}
+
+/// What a program run as a process left: exit status (-1 when it did not
+/// finish normally), standard output and standard error.
+struct Run
+{
+    int status = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+inline Run runProgram(const QString& program, const QStringList& arguments,
+                      const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment())
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(program, arguments);
+    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit) {
+        process.kill();
+        process.waitForFinished();
+        return {};
+    }
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+/// The non-empty lines of a program's output.
+inline QStringList lines(const QByteArray& text)
+{
+    return QString::fromUtf8(text).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
 } // namespace TestHelpers

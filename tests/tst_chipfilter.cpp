@@ -126,8 +126,7 @@ private slots:
                                                       << QStringList{"v-none"};
         QTest::newRow("four criteria")
             << with({{&ChipFilter::device, "DEV2"}, {&ChipFilter::package, "PKG1"}, {&ChipFilter::speed, "C6"},
-                     {&ChipFilter::matchKey, "MK1"}})
-            << QStringList{"v-b"};
+                     {&ChipFilter::matchKey, "MK1"}}) << QStringList{"v-b"};
         QTest::newRow("case and number spelling count")
             << with({{&ChipFilter::device, "DEV1"}, {&ChipFilter::voltage, "1.0V"}}) << QStringList{"v-c", "v-a", "v-none"};
         QTest::newRow("Any as a value") << with({{&ChipFilter::series, "Any"}}) << QStringList{"any"};

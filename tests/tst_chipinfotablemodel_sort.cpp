@@ -82,8 +82,7 @@ struct LiteralLess
 QList<ChipInfo> randomChips(quint32 seed, int count, const QString& prefix)
 {
     const QStringList words = L{"", "a", "A", "Z", "z", "9", "10", " ", "LV9QN88", "PC6/I5", "\xc3\xa9", "\xef\xbf\xbf",
-                                "\xf0\x9f\x98\x80"}
-        << QString(QChar(0));
+                                "\xf0\x9f\x98\x80"} << QString(QChar(0));
     const QStringList counts{"", "0", "7", "-3", "+4", " 5", "5 ", "x", "007", "123456789", "1234567890",
                              "2147483647", "2147483648", "9999999999", "8Kb", "Kb8", "0Kb", "Kb", "64KB", "2Mb",
                              "16kb", "1Kb0Kb", "KbKb", "12KbKb", "0x10", "1234567890Kb", "1:", "1/"};
@@ -159,28 +158,6 @@ private slots:
         QCOMPARE(columnTexts(model, column), expected);
     }
 
-    // One set of cells that each kind orders differently, for every column.
-    void columnKinds_data()
-    {
-        QTest::addColumn<int>("column");
-        QTest::addColumn<QStringList>("expected");
-        for (int column = 0; column < 16; ++column)
-            QTest::addRow("column %d", column) << column << QList<L>{{"10", "16Kb", "9"}, {"16Kb", "9", "10"},
-                                                                     {"9", "10", "16Kb"}}.at(kindOf(column));
-    }
-    void columnKinds()
-    {
-        QFETCH(int, column);
-        QFETCH(QStringList, expected);
-        ChipInfoTableModel model;
-        model.setChipInfoList(listOf(column, {"9", "16Kb", "10"}));
-        model.sort(column, Qt::AscendingOrder);
-        QCOMPARE(columnTexts(model, column), expected);
-        model.sort(column, Qt::DescendingOrder);
-        std::reverse(expected.begin(), expected.end());
-        QCOMPARE(columnTexts(model, column), expected);
-    }
-
     void orderKeptWhereNothingIsToSort()
     {
         // An ordered list, equal keys included, stays as it is.
@@ -211,7 +188,8 @@ private slots:
         QTest::addColumn<int>("column");
         QTest::addColumn<bool>("ascending");
         QTest::addColumn<QString>("prefix");
-        // A long prefix shared by every text moves all differences far into the texts.
+        // Every column with the kind kindOf() gives it; a long prefix shared
+        // by every text moves all differences far into the texts.
         for (int column = 0; column < 16; ++column) {
             for (bool ascending : {true, false}) {
                 QTest::addRow("column %d, %d", column, int(ascending)) << column << ascending << QString();
