@@ -26,11 +26,7 @@ namespace TestHelpers {
 class MessageCapture
 {
 public:
-    MessageCapture()
-    {
-        current() = this;
-        m_previous = qInstallMessageHandler(&MessageCapture::handler);
-    }
+    MessageCapture() : m_previous(qInstallMessageHandler(&MessageCapture::handler)) { current() = this; }
     ~MessageCapture()
     {
         qInstallMessageHandler(m_previous);
@@ -42,18 +38,13 @@ public:
     int count() const
     {
         QMutexLocker lock(&m_mutex);
-        return m_texts.size();
+        return m_all;
     }
     /// The texts of the critical messages, in order.
     QStringList criticals() const
     {
         QMutexLocker lock(&m_mutex);
-        QStringList out;
-        for (int i = 0; i < m_texts.size(); ++i) {
-            if (m_types.at(i) == QtCriticalMsg)
-                out << m_texts.at(i);
-        }
-        return out;
+        return m_criticals;
     }
 
 private:
@@ -66,15 +57,16 @@ private:
     {
         if (MessageCapture* self = current()) {
             QMutexLocker lock(&self->m_mutex);
-            self->m_types << type;
-            self->m_texts << text;
+            ++self->m_all;
+            if (type == QtCriticalMsg)
+                self->m_criticals << text;
         }
     }
 
     mutable QMutex m_mutex;
-    QList<QtMsgType> m_types;
-    QStringList m_texts;
-    QtMessageHandler m_previous = nullptr;
+    int m_all = 0;
+    QStringList m_criticals;
+    QtMessageHandler m_previous;
 };
 
 /// Writes @p bytes to @p path, replacing it. Returns false on failure.

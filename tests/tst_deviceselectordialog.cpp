@@ -90,10 +90,11 @@ private slots:
         QCOMPARE(dialog.layout()->itemAt(0)->widget(), dialog.findChild<DeviceSelector*>());
         QCOMPARE(dialog.layout()->itemAt(1)->widget(), buttons);
         const QMetaObject& mo = DeviceSelectorDialog::staticMetaObject;
-        QCOMPARE(QByteArray(mo.className()), QByteArray("DEV::DeviceSelectorDialog"));
-        QCOMPARE(mo.methodCount() - mo.methodOffset(), 2);
-        QCOMPARE(mo.method(mo.methodOffset()).methodSignature(), QByteArray("selectedDeviceChanged(DEV::DeviceArg)"));
-        QCOMPARE(mo.method(mo.methodOffset() + 1).methodSignature(), QByteArray("onSelectedDeviceChanged(DEV::DeviceArg)"));
+        QList<QByteArray> methods{mo.className()};
+        for (int i = mo.methodOffset(); i < mo.methodCount(); ++i)
+            methods << mo.method(i).methodSignature();
+        QCOMPARE(methods, (QList<QByteArray>{"DEV::DeviceSelectorDialog", "selectedDeviceChanged(DEV::DeviceArg)",
+                                             "onSelectedDeviceChanged(DEV::DeviceArg)"}));
     }
 
     void okFollowsTheChoice()
@@ -195,10 +196,9 @@ private slots:
             seen = QStringLiteral("%1 %2").arg(button(*dialog)->isEnabled()).arg(dialog->selectedDevice().deviceId);
             if (ending.startsWith(QLatin1String("PN-")))
                 clickPart(*dialog, ending.section(' ', 0, 0));
-            if (ending.endsWith(QLatin1String("ok")))
-                QTest::mouseClick(button(*dialog), Qt::LeftButton);
-            else if (ending == QLatin1String("cancel"))
-                QTest::mouseClick(button(*dialog, QDialogButtonBox::Cancel), Qt::LeftButton);
+            if (ending.endsWith(QLatin1String("ok")) || ending == QLatin1String("cancel"))
+                QTest::mouseClick(button(*dialog, ending == "cancel" ? QDialogButtonBox::Cancel : QDialogButtonBox::Ok),
+                                  Qt::LeftButton);
             else if (ending == QLatin1String("escape"))
                 QTest::keyClick(dialog, Qt::Key_Escape);
             else

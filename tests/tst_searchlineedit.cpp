@@ -103,22 +103,15 @@ private slots:
     {
         SearchLineEdit edit(nullptr);
         QStringList texts;
-        for (int i = 0; i < edit.rangeActions.size(); ++i) {
-            const QAction* a = edit.rangeActions.at(i);
+        const QList<QAction*> options = edit.rangeActions + QList<QAction*>{edit.caseSensitiveAction} + modeActions(edit);
+        for (const QAction* a : options) {
             texts << a->text();
-            QCOMPARE(a->data(), QVariant(i));
-            QVERIFY(a->isCheckable());
-            QCOMPARE(a->parent(), &edit);
+            QVERIFY(a->isCheckable() && a->parent() == &edit);
         }
-        QCOMPARE(texts, GroupTexts);
-        texts.clear();
-        for (const QAction* a : QList<QAction*>{edit.caseSensitiveAction} + modeActions(edit)) {
-            texts << a->text();
-            QVERIFY(a->isCheckable());
-            QCOMPARE(a->parent(), &edit);
-        }
-        QCOMPARE(texts, (QStringList{"Case sensitive", "Use wild cards", "Use regular expression", "Match exactly",
-                                     "Match anywhere"}));
+        QCOMPARE(texts, GroupTexts + QStringList({"Case sensitive", "Use wild cards", "Use regular expression",
+                                                  "Match exactly", "Match anywhere"}));
+        for (int i = 0; i < edit.rangeActions.size(); ++i)
+            QCOMPARE(edit.rangeActions.at(i)->data(), QVariant(i));
         QCOMPARE(snapshot(edit), QStringLiteral("group 0, groups %1, modes 0001, case 0").arg(oneHot(17, 0)));
     }
 
