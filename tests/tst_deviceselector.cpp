@@ -64,25 +64,19 @@ QTableView* tableOf(const QWidget& w)
     return w.findChild<QTableView*>(QStringLiteral("tableView"));
 }
 
-/// Each box's entries, one box per string, entries separated by blanks.
-QStringList boxItems(const QWidget& w)
+/// Every box's entries (blanks between entries, "|" between boxes), or
+/// every box's current entry ("," between boxes).
+QString comboState(const QWidget& w, bool entries)
 {
     QStringList out;
     for (const char* name : Boxes) {
+        const QComboBox* b = box(w, QLatin1String(name));
         QStringList items;
-        for (int i = 0; i < box(w, QLatin1String(name))->count(); ++i)
-            items << box(w, QLatin1String(name))->itemText(i);
-        out << items.join(QLatin1Char(' '));
+        for (int i = 0; i < b->count(); ++i)
+            items << b->itemText(i);
+        out << (entries ? items.join(' ') : b->currentText());
     }
-    return out;
-}
-
-QStringList currentTexts(const QWidget& w)
-{
-    QStringList out;
-    for (const char* name : Boxes)
-        out << box(w, QLatin1String(name))->currentText();
-    return out;
+    return out.join(entries ? '|' : ',');
 }
 
 QStringList partNumbers(const QWidget& w)
@@ -285,8 +279,8 @@ private slots:
         QSignalSpy spy(selector.get(), &DeviceSelector::selectedDeviceChanged);
         QVERIFY(apply(*selector, steps));
         if (!items.isEmpty())
-            QCOMPARE(boxItems(*selector).join('|'), QStringLiteral("Any S2 X1 x1|") + items);
-        QCOMPARE(currentTexts(*selector).join(','), current);
+            QCOMPARE(comboState(*selector, true), QStringLiteral("Any S2 X1 x1|") + items);
+        QCOMPARE(comboState(*selector, false), current);
         QCOMPARE(partNumbers(*selector).join(' '), rows);
         QCOMPARE(matchCount(*selector), label);
         QCOMPARE(spy.count(), rebuilds);
@@ -298,7 +292,7 @@ private slots:
     {
         const std::unique_ptr<DeviceDb> empty = m_files.load(QByteArray());
         DeviceSelector selector(empty.get());
-        QCOMPARE(boxItems(selector).join('|'), QStringLiteral("Any|Any|Any|Any|Any"));
+        QCOMPARE(comboState(selector, true), QStringLiteral("Any|Any|Any|Any|Any"));
         QCOMPARE(tableOf(selector)->model()->rowCount(), 0);
         QSignalSpy spy(&selector, &DeviceSelector::selectedDeviceChanged);
         selector.setCurrentDevice(QStringLiteral("a-01"));
@@ -420,7 +414,7 @@ private slots:
         QSignalSpy spy(selector.get(), &DeviceSelector::selectedDeviceChanged);
 
         selector->setCurrentDevice(id);
-        QCOMPARE(currentTexts(*selector).join(','), boxes);
+        QCOMPARE(comboState(*selector, false), boxes);
         QStringList expected = QVector<QString>(rebuilds).toList();
         if (!selected.isEmpty())
             expected << selected;

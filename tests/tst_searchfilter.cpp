@@ -159,11 +159,13 @@ private slots:
         row("wild: star, empty value", 0, true, "*", empty, true);
         row("wild: ? is one char", 0, true, "?", "a", true);
         row("wild: ? is not two", 0, true, "?", "ab", false);
+        row("wild: empty pattern", 0, false, empty, "a", false);
         row("wild: case ignored", 0, false, "GW*", "gw1n", true);
         row("wild: case counts", 0, true, "GW*", "gw1n", false);
         row("regexp: whole value", 1, true, "a.c", "abc", true);
         row("regexp: part is not enough", 1, true, "b", "abc", false);
         row("regexp: unbalanced", 1, false, "(", "(", false);
+        row("regexp: empty pattern, empty value", 1, true, empty, empty, true);
         row("regexp: case ignored", 1, false, "A.C", "abc", true);
         row("regexp: case counts", 1, true, "A.C", "abc", false);
         row("exact: equal", 2, true, "abc", "abc", true);
