@@ -2,8 +2,7 @@
 // the screenshot, and the interactive path through getSelectedChip(), with
 // the dialog answered by the program's DEVICEPICKER_AUTOANSWER test aid.
 
-#include <chipinfo.h>
-#include <devicedb.h>
+#include "testhelpers.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -11,109 +10,64 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <QSet>
-#include <QTemporaryDir>
 #include <QTest>
 
-#include <climits>
+using TestHelpers::lines;
 
 namespace {
 
-struct Result
-{
-    int status = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
-/// Runs the program on the offscreen platform; @p answer, when not empty, is
-/// how the dialog gets answered.
-Result run(const QStringList& arguments, const QByteArray& answer = QByteArray(),
-           QProcessEnvironment environment = QProcessEnvironment::systemEnvironment())
+/// Runs the program; @p answer, when not empty, is how the dialog gets answered.
+TestHelpers::Run run(const QStringList& arguments, const QByteArray& answer = QByteArray(),
+                     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment())
 {
     environment.remove(QStringLiteral("DEVICEPICKER_AUTOANSWER"));
     if (!answer.isEmpty())
         environment.insert(QStringLiteral("DEVICEPICKER_AUTOANSWER"), QString::fromLatin1(answer));
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(DEVICEPICKER_PATH), arguments);
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit) {
-        process.kill();
-        process.waitForFinished();
-        return {};
-    }
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-}
-
-QStringList lines(const QByteArray& text)
-{
-    return QString::fromUtf8(text).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    return TestHelpers::runProgram(QStringLiteral(DEVICEPICKER_PATH), arguments, environment);
 }
 
 /// The catalogue the program reads when not given --data: the copy beside bin/.
 QString bundledCatalogue()
 {
-    return QFileInfo(QStringLiteral(DEVICEPICKER_PATH)).dir().filePath(
-        QStringLiteral("../data/device/device_info.csv"));
+    return QFileInfo(QStringLiteral(DEVICEPICKER_PATH)).dir().filePath(QStringLiteral("../data/device/device_info.csv"));
 }
+
+const QStringList MemberNames{"deviceId", "partNumber", "series", "matchKey", "device", "deviceVersion", "package",
+                              "voltage", "speed", "auxiliary"};
 
 /// The text format, built here independently of the program: one
 /// "name: value" line per member, "name:" alone for an empty value.
 QStringList expectedLines(const DEV::ChipInfo& chip)
 {
-    const QList<QPair<QString, QString>> members{
-        {"deviceId", chip.deviceId}, {"partNumber", chip.partNumber}, {"series", chip.series},
-        {"matchKey", chip.matchKey}, {"device", chip.device},         {"deviceVersion", chip.deviceVersion},
-        {"package", chip.package},   {"voltage", chip.voltage},       {"speed", chip.speed},
-        {"auxiliary", chip.auxiliary}, {"resources", chip.resources.join(", ")}};
+    const QStringList values = TestHelpers::fields(chip).mid(0, 10) << chip.resources.join(", ");
     QStringList out;
-    for (const auto& member : members)
-        out << (member.second.isEmpty() ? member.first + ":" : member.first + ": " + member.second);
+    for (int i = 0; i < values.size(); ++i) {
+        const QString name = MemberNames.value(i, QStringLiteral("resources"));
+        out << (values.at(i).isEmpty() ? name + ":" : name + ": " + values.at(i));
+    }
     return out;
 }
 
 QJsonObject expectedJson(const DEV::ChipInfo& chip)
 {
-    return QJsonObject{{"deviceId", chip.deviceId}, {"partNumber", chip.partNumber}, {"series", chip.series},
-                       {"matchKey", chip.matchKey}, {"device", chip.device},         {"deviceVersion", chip.deviceVersion},
-                       {"package", chip.package},   {"voltage", chip.voltage},       {"speed", chip.speed},
-                       {"auxiliary", chip.auxiliary}, {"resources", QJsonArray::fromStringList(chip.resources)}};
+    QJsonObject out{{"resources", QJsonArray::fromStringList(chip.resources)}};
+    for (int i = 0; i < MemberNames.size(); ++i)
+        out.insert(MemberNames.at(i), TestHelpers::fields(chip).at(i));
+    return out;
 }
 
-/// Lines between the two "[host-example]" markers of @p text, with the
-/// common indentation removed.
-QStringList markedBlock(const QString& text)
-{
-    QStringList block;
-    bool inside = false;
-    for (const QString& line : text.split(QLatin1Char('\n'))) {
-        if (line.contains(QLatin1String("[host-example]"))) {
-            if (inside)
-                break;
-            inside = true;
-            continue;
-        }
-        if (inside)
-            block << line;
-    }
-    int indent = INT_MAX;
-    for (const QString& line : qAsConst(block)) {
-        if (!line.trimmed().isEmpty())
-            indent = qMin(indent, int(line.size() - line.trimmed().size()));
-    }
-    for (QString& line : block)
-        line = line.mid(indent);
-    return block;
-}
-
-QString readText(const QString& path)
+/// The trimmed lines of @p path, or of the part between its two "[host-example]" markers.
+QStringList trimmedLines(const QString& path, bool marked)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QString();
-    return QString::fromUtf8(file.readAll());
+    QString text = file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    if (marked)
+        text = text.section(QLatin1String("[host-example]"), 1, 1).section('\n', 1, -2);
+    QStringList out;
+    for (const QString& line : text.split('\n'))
+        out << line.trimmed();
+    return out;
 }
 
 } // namespace
@@ -126,85 +80,70 @@ private slots:
     void usageErrors_data()
     {
         QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("answer");
         QTest::addColumn<QString>("message");
-        QTest::newRow("unknown option") << QStringList{"--colour"} << "unknown option 'colour'";
-        QTest::newRow("stray argument") << QStringList{"zr9k31-013"} << "unexpected argument 'zr9k31-013'";
-        QTest::newRow("missing value") << QStringList{"--preset"} << "missing value after '--preset'";
-        QTest::newRow("repeated option") << QStringList{"--preset", "a", "--preset", "b"}
-                                         << "--preset given more than once";
-        QTest::newRow("empty data") << QStringList{"--data", ""} << "--data needs a file name";
-        QTest::newRow("json and screenshot") << QStringList{"--json", "--screenshot", "x.png"}
-                                             << "--json and --screenshot cannot be combined";
-        QTest::newRow("missing data file") << QStringList{"--data", "/nonexistent/device_info.csv"}
-                                           << "cannot read data file: /nonexistent/device_info.csv";
-        QTest::newRow("unwritable screenshot") << QStringList{"--screenshot", "/nonexistent/dir/shot.png"}
-                                               << "cannot write screenshot: /nonexistent/dir/shot.png";
+        // Answered, so that an error that slipped through ends instead of hanging.
+        const QByteArray accept("accept");
+        QTest::newRow("unknown option") << QStringList{"--colour"} << accept << "unknown option 'colour'\n";
+        QTest::newRow("stray argument") << QStringList{"zr9k31-013"} << accept << "unexpected argument 'zr9k31-013'\n";
+        QTest::newRow("missing value") << QStringList{"--preset"} << accept << "missing value after '--preset'\n";
+        QTest::newRow("repeated option") << QStringList{"--preset", "a", "--preset", "b"} << accept
+                                         << "--preset given more than once\n";
+        QTest::newRow("empty data") << QStringList{"--data", ""} << accept << "--data needs a file name\n";
+        QTest::newRow("json and screenshot") << QStringList{"--json", "--screenshot", "x.png"} << accept
+                                             << "--json and --screenshot cannot be combined\n";
+        QTest::newRow("missing data file") << QStringList{"--data", "/nonexistent/device_info.csv"} << accept
+                                           << "cannot read data file: /nonexistent/device_info.csv\n";
+        QTest::newRow("unwritable screenshot") << QStringList{"--screenshot", "/nonexistent/dir/shot.png"} << accept
+                                               << "cannot write screenshot: /nonexistent/dir/shot.png\n";
+        QTest::newRow("unknown answer") << QStringList{"--preset", "zr9k31-013"} << QByteArray("maybe")
+                                        << "DEVICEPICKER_AUTOANSWER must be accept or reject\n";
+        // Offscreen and nobody to answer: waiting would never end.
+        QTest::newRow("no display") << QStringList{"--preset", "zr9k31-013"} << QByteArray() << "no display";
     }
-
     void usageErrors()
     {
         QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, answer);
         QFETCH(QString, message);
-        // Answered, so that a usage error that slipped through would end in
-        // the dialog being accepted rather than in a hang.
-        const Result r = run(arguments, "accept");
+        const TestHelpers::Run r = run(arguments, answer);
         QCOMPARE(r.status, 2);
         QCOMPARE(r.out, QByteArray());
-        QCOMPARE(r.err, QByteArray("devicepicker: " + message.toUtf8() + '\n'));
-    }
-
-    void unknownAnswerIsAnError()
-    {
-        const Result r = run({"--preset", "zr9k31-013"}, "maybe");
-        QCOMPARE(r.status, 2);
-        QCOMPARE(r.out, QByteArray());
-        QCOMPARE(r.err, QByteArray("devicepicker: DEVICEPICKER_AUTOANSWER must be accept or reject\n"));
-    }
-
-    void noDisplayRefusesToWait()
-    {
-        // Offscreen and nobody to answer: waiting would never end.
-        const Result r = run({"--preset", "zr9k31-013"});
-        QCOMPARE(r.status, 2);
-        QCOMPARE(r.out, QByteArray());
-        QVERIFY2(r.err.startsWith("devicepicker: no display"), r.err.constData());
         QCOMPARE(lines(r.err).size(), 1);
+        QVERIFY2(r.err.startsWith("devicepicker: " + message.toUtf8()), r.err.constData());
     }
 
+    void acceptPrintsChip_data()
+    {
+        QTest::addColumn<QString>("data");
+        QTest::addColumn<QString>("preset");
+        QTest::addColumn<QString>("id");
+        QTest::addColumn<bool>("json");
+        QTest::newRow("text") << bundledCatalogue() << "zr9k31-013" << "zr9k31a-015" << false;
+        QTest::newRow("json") << bundledCatalogue() << "zr9k31-013" << "zr9k31a-015" << true;
+        // Only in the fixture, with a device version and a short resource list.
+        QTest::newRow("data file, json") << DEVICEPICKER_FIXTURE << "qa2-001" << "qa2-001" << true;
+        QTest::newRow("data file, text") << DEVICEPICKER_FIXTURE << "qa1-001" << "qa1-001" << false;
+    }
     void acceptPrintsChip()
     {
-        const Result r = run({"--preset", "zr9k31-013"}, "accept");
+        QFETCH(QString, data);
+        QFETCH(QString, preset);
+        QFETCH(QString, id);
+        QFETCH(bool, json);
+        QStringList arguments{"--preset", preset};
+        if (data != bundledCatalogue())
+            arguments << "--data" << data;
+        if (json)
+            arguments << "--json";
+        const TestHelpers::Run r = run(arguments, "accept");
         QVERIFY2(r.status == 0, r.err.constData());
-        const DEV::DeviceDb db(bundledCatalogue());
-        const DEV::ChipInfo chip = db.findByID(QStringLiteral("zr9k31a-015"));
-        QVERIFY(!chip.partNumber.isEmpty());
-        QCOMPARE(lines(r.out), expectedLines(chip));
-        QCOMPARE(lines(r.out).constFirst(), QStringLiteral("deviceId: zr9k31a-015"));
-        QCOMPARE(lines(r.out).constLast().count(QLatin1String(", ")), chip.resources.size() - 1);
-    }
-
-    void acceptPrintsJson()
-    {
-        const Result r = run({"--preset", "zr9k31-013", "--json"}, "accept");
-        QCOMPARE(r.status, 0);
-        QJsonParseError error;
-        const QJsonDocument document = QJsonDocument::fromJson(r.out, &error);
-        QCOMPARE(error.error, QJsonParseError::NoError);
-        QVERIFY(document.isObject());
-        const DEV::DeviceDb db(bundledCatalogue());
-        QCOMPARE(document.object(), expectedJson(db.findByID(QStringLiteral("zr9k31a-015"))));
-    }
-
-    void dataFileIsUsed()
-    {
-        // qa2-001 exists only in the fixture, and has a device version and
-        // a short resource list: both must survive the trip.
-        const Result r = run({"--data", DEVICEPICKER_FIXTURE, "--preset", "qa2-001", "--json"}, "accept");
-        QCOMPARE(r.status, 0);
-        const DEV::DeviceDb db(QStringLiteral(DEVICEPICKER_FIXTURE));
-        const DEV::ChipInfo chip = db.findByID(QStringLiteral("qa2-001"));
-        QCOMPARE(chip.deviceVersion, QStringLiteral("A"));
-        QCOMPARE(QJsonDocument::fromJson(r.out).object(), expectedJson(chip));
+        const DEV::ChipInfo chip = DEV::DeviceDb(data).findByID(id);
+        QCOMPARE(chip.deviceId, id);
+        if (json)
+            QCOMPARE(QJsonDocument::fromJson(r.out).object(), expectedJson(chip));
+        else
+            QCOMPARE(lines(r.out), expectedLines(chip));
     }
 
     void nothingChosen_data()
@@ -221,66 +160,59 @@ private slots:
     {
         QFETCH(QStringList, arguments);
         QFETCH(QByteArray, answer);
-        const Result r = run(arguments, answer);
+        const TestHelpers::Run r = run(arguments, answer);
         QCOMPARE(r.status, 1);
         QCOMPARE(r.out, QByteArray());
         // Answered as asked: OK was clickable, not cancelled in its stead.
         QVERIFY2(!r.err.contains("disabled"), r.err.constData());
     }
 
+    void screenshot_data()
+    {
+        QTest::addColumn<bool>("display");
+        QTest::newRow("offscreen") << true;
+        // Without any display the program picks the offscreen platform itself.
+        QTest::newRow("no display variables") << false;
+    }
     void screenshot()
     {
-        QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("selector.png"));
-        const Result r = run({"--screenshot", path, "--preset", "zr9k31-013"});
-        QVERIFY2(r.status == 0, r.err.constData());
-        QCOMPARE(r.out, QByteArray());
-        QImage image;
-        QVERIFY(image.load(path, "PNG"));
-        // The dialog's size hint, which it opens at.
-        QCOMPARE(image.size(), QSize(800, 450));
-        // A rendered dialog, not a blank canvas: rows, text and the selection
-        // bring many colours.
-        QSet<QRgb> colours;
-        for (int y = 0; y < image.height(); y += 3) {
-            for (int x = 0; x < image.width(); x += 3)
-                colours.insert(image.pixel(x, y));
-        }
-        QVERIFY2(colours.size() > 20, qPrintable(QString::number(colours.size())));
-    }
-
-    void screenshotWithoutDisplayDefaultsToOffscreen()
-    {
+        QFETCH(bool, display);
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
-            environment.remove(QString::fromLatin1(name));
+            display ? void() : environment.remove(QString::fromLatin1(name));
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("plain.png"));
-        const Result r = run({"--screenshot", path}, QByteArray(), environment);
+        const QString path = dir.filePath(QStringLiteral("selector.png"));
+        const TestHelpers::Run r = run({"--screenshot", path, "--preset", "zr9k31-013"}, QByteArray(), environment);
         QVERIFY2(r.status == 0, r.err.constData());
-        QCOMPARE(QImage(path).size(), QSize(800, 450));
+        QCOMPARE(r.out, QByteArray());
+        const QImage image(path, "PNG");
+        // The dialog's size hint, which it opens at.
+        QCOMPARE(image.size(), QSize(800, 450));
+        // A rendered dialog, not a blank canvas: rows, text and selection bring many colours.
+        QSet<QRgb> colours;
+        for (int i = 0; i < image.width() * image.height(); i += 7)
+            colours.insert(image.pixel(i % image.width(), i / image.width()));
+        QVERIFY2(colours.size() > 20, qPrintable(QString::number(colours.size())));
     }
 
     void help()
     {
-        const Result r = run({"--help"});
+        const TestHelpers::Run r = run({"--help"});
         QCOMPARE(r.status, 0);
         QVERIFY(r.out.startsWith("Usage: "));
         for (const char* option : {"--data <FILE>", "--preset <ID>", "--json", "--screenshot <FILE>"})
             QVERIFY2(r.out.contains(option), option);
         QVERIFY(!r.out.contains("AUTOANSWER"));
-        const Result version = run({"--version"});
+        const TestHelpers::Run version = run({"--version"});
         QCOMPARE(version.status, 0);
         QCOMPARE(version.out, QByteArray("devicepicker " DEVICEPICKER_VERSION "\n"));
     }
 
     void readmeShowsTheHostExample()
     {
-        const QStringList block = markedBlock(readText(QStringLiteral(DEVICEPICKER_MAIN)));
-        QVERIFY(block.size() >= 3);
-        QVERIFY(block.join('\n').contains("getSelectedChip("));
-        const QString readme = readText(QStringLiteral(DEVICE_README));
-        QVERIFY2(readme.contains(block.join('\n')),
+        const QString block = trimmedLines(QStringLiteral(DEVICEPICKER_MAIN), true).join('\n');
+        QVERIFY(block.count('\n') >= 2 && block.contains("getSelectedChip("));
+        QVERIFY2(trimmedLines(QStringLiteral(DEVICE_README), false).join('\n').contains(block),
                  "README.md no longer shows the [host-example] block of examples/devicepicker/main.cpp");
     }
 };

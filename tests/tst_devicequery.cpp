@@ -2,45 +2,25 @@
 // statuses, selections and their order, the exact output formats, and the
 // one-line errors for bad usage.
 
+#include "testhelpers.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
+using TestHelpers::lines;
+
 namespace {
 
-struct Result
-{
-    int status = -1;
-    QByteArray out;
-    QByteArray err;
-};
-
 /// Runs the tool on the fixture catalogue, or on the bundled one when
-/// @p fixture is false.
-Result run(QStringList arguments, bool fixture = true)
+/// @p fixture is false or another catalogue is named.
+TestHelpers::Run run(QStringList arguments, bool fixture = true)
 {
-    if (fixture)
+    if (fixture && !arguments.contains(QStringLiteral("--data")))
         arguments = QStringList{QStringLiteral("--data"), QStringLiteral(DEVICEQUERY_FIXTURE)} + arguments;
-    QProcess process;
-    process.start(QStringLiteral(DEVICEQUERY_PATH), arguments);
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
-        return {};
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-}
-
-QStringList lines(const QByteArray& text)
-{
-    return QString::fromUtf8(text).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-}
-
-QStringList sortedLines(const QByteArray& text)
-{
-    QStringList out = lines(text);
-    out.sort();
-    return out;
+    return TestHelpers::runProgram(QStringLiteral(DEVICEQUERY_PATH), arguments);
 }
 
 /// The device identifiers of --csv output, in output order.
@@ -72,30 +52,23 @@ private slots:
         QTest::newRow("header alone") << QStringList{"--header"} << "--header needs --csv";
         QTest::newRow("key without pn") << QStringList{"--key", "K"} << "--key needs --pn";
         QTest::newRow("id and pn") << QStringList{"--id", "a", "--pn", "b"} << "--id and --pn cannot be combined";
-        QTest::newRow("mode without search") << QStringList{"--mode", "exact"} << "need --search";
+        QTest::newRow("mode without search") << QStringList{"--mode", "exact"} << "--in, --mode and --case need --search";
         QTest::newRow("repeated filter") << QStringList{"--series", "QA", "--series", "QB"} << "--series given more than once";
         QTest::newRow("positional") << QStringList{"QA1"} << "unexpected argument 'QA1'";
         QTest::newRow("bare version among others") << QStringList{"--count", "--version"} << "missing value after '--version'";
+        QTest::newRow("missing data file") << QStringList{"--data", "/nonexistent/device_info.csv"}
+                                           << "cannot read data file: /nonexistent/device_info.csv";
     }
 
     void usageErrors()
     {
         QFETCH(QStringList, arguments);
         QFETCH(QString, message);
-        const Result r = run(arguments);
+        const TestHelpers::Run r = run(arguments);
         QCOMPARE(r.status, 2);
         QCOMPARE(r.out, QByteArray());
         QCOMPARE(lines(r.err).size(), 1);
-        QVERIFY2(r.err.startsWith("devicequery: "), r.err.constData());
-        QVERIFY2(r.err.contains(message.toUtf8()), r.err.constData());
-    }
-
-    void missingDataFile()
-    {
-        const Result r = run({"--data", "/nonexistent/device_info.csv"}, false);
-        QCOMPARE(r.status, 2);
-        QCOMPARE(r.out, QByteArray());
-        QCOMPARE(r.err, QByteArray("devicequery: cannot read data file: /nonexistent/device_info.csv\n"));
+        QVERIFY2(r.err.startsWith("devicequery: " + message.toUtf8()), r.err.constData());
     }
 
     void selection_data()
@@ -128,6 +101,7 @@ private slots:
                                             << QStringList{"qa2-001", "qa1-001"};
         QTest::newRow("exact") << QStringList{"--search", "bg256", "--in", "package", "--mode", "exact"}
                                << QStringList{"qa2-001"};
+        QTest::newRow("exact, part only") << QStringList{"--search", "bg25", "--in", "package", "--mode", "exact"} << none;
         QTest::newRow("0 finds a missing count") << QStringList{"--search", "0", "--in", "pll"} << QStringList{"qa2-001"};
     }
 
@@ -135,7 +109,7 @@ private slots:
     {
         QFETCH(QStringList, arguments);
         QFETCH(QStringList, expected);
-        const Result r = run(arguments << "--csv");
+        const TestHelpers::Run r = run(arguments << "--csv");
         QCOMPARE(r.err, QByteArray());
         QCOMPARE(r.status, expected.isEmpty() ? 1 : 0);
         QCOMPARE(ids(r.out), expected);
@@ -160,8 +134,7 @@ private slots:
                                     << QByteArray("deviceId,partNumber,series,matchKey,device,deviceVersion,package,"
                                                   "voltage,speed,auxiliary,IO,LUT,FF,ROM16,SSRAM,BSRAM,User Flash,DSP,PLL\n"
                                                   "qa1-001,QA1-LVQN32C5,QA,QA1_QN32,QA1,,QN32,1.0V,C5,,24,1152,1152,"
-                                                  "18Kb,72Kb,72Kb,64Kb,,2\n")
-                                    << 0;
+                                                  "18Kb,72Kb,72Kb,64Kb,,2\n") << 0;
         QTest::newRow("count") << QStringList{"--count"} << QByteArray("7\n") << 0;
         QTest::newRow("count unversioned") << QStringList{"--count", "--version", ""} << QByteArray("3\n") << 0;
         QTest::newRow("count, nothing matched") << QStringList{"--count", "--speed", "C9"} << QByteArray("0\n") << 1;
@@ -172,34 +145,35 @@ private slots:
         QFETCH(QStringList, arguments);
         QFETCH(QByteArray, output);
         QFETCH(int, status);
-        const Result r = run(arguments);
+        const TestHelpers::Run r = run(arguments);
         QCOMPARE(r.out, output);
         QCOMPARE(r.status, status);
     }
 
+    // Chips of one device version have no defined order, so compare as sets.
     void csvRoundTrip()
     {
         QFile fixture(QStringLiteral(DEVICEQUERY_FIXTURE));
         QVERIFY(fixture.open(QIODevice::ReadOnly));
-        const QByteArray original = fixture.readAll();
-        const Result first = run({"--csv"});
-        QCOMPARE(first.status, 0);
-        // Chips of one device version have no defined order, so compare as sets.
-        QCOMPARE(sortedLines(first.out), sortedLines(original));
-
+        QStringList original = lines(fixture.readAll());
+        original.sort();
         QTemporaryDir dir;
-        QFile copy(dir.filePath(QStringLiteral("again.csv")));
-        QVERIFY(copy.open(QIODevice::WriteOnly));
-        QCOMPARE(copy.write(first.out), first.out.size());
-        copy.close();
-        const Result second = run({"--data", copy.fileName(), "--csv"}, false);
-        QCOMPARE(second.status, 0);
-        QCOMPARE(sortedLines(second.out), sortedLines(original));
+        QString data = QStringLiteral(DEVICEQUERY_FIXTURE);
+        for (int round = 0; round < 2; ++round) {
+            const TestHelpers::Run r = run({"--data", data, "--csv"});
+            QCOMPARE(r.status, 0);
+            QStringList got = lines(r.out);
+            got.sort();
+            QCOMPARE(got, original);
+            data = dir.filePath(QStringLiteral("again.csv"));
+            QFile copy(data);
+            QVERIFY(copy.open(QIODevice::WriteOnly) && copy.write(r.out) == r.out.size());
+        }
     }
 
     void json()
     {
-        const Result r = run({"--json", "--series", "QA"});
+        const TestHelpers::Run r = run({"--json", "--series", "QA"});
         QCOMPARE(r.status, 0);
         QJsonParseError error;
         const QJsonArray chips = QJsonDocument::fromJson(r.out, &error).array();
@@ -216,24 +190,24 @@ private slots:
 
     void helpAndVersion()
     {
-        const Result help = run({"--help"}, false);
+        const TestHelpers::Run help = run({"--help"}, false);
         QCOMPARE(help.status, 0);
         QVERIFY(help.out.startsWith("Usage: "));
         QVERIFY(help.out.contains("--search <TEXT>"));
-        const Result version = run({"--version"}, false);
+        const TestHelpers::Run version = run({"--version"}, false);
         QCOMPARE(version.status, 0);
         QCOMPARE(version.out, QByteArray("devicequery " DEVICEQUERY_VERSION "\n"));
     }
 
     void bundledCatalogue()
     {
-        const Result old = run({"--id", "zr9k31-013", "--csv"}, false);
+        const TestHelpers::Run old = run({"--id", "zr9k31-013", "--csv"}, false);
         QCOMPARE(old.status, 0);
         const QStringList found = ids(old.out);
         QVERIFY(!found.isEmpty());
         QCOMPARE(found.count(QStringLiteral("zr9k31a-015")), found.size());
 
-        const Result all = run({"--count"}, false);
+        const TestHelpers::Run all = run({"--count"}, false);
         QCOMPARE(all.status, 0);
         QVERIFY2(all.out.trimmed().toInt() > 400, all.out.constData());
     }

@@ -15,32 +15,17 @@ using DEV::ChipInfo;
 
 namespace {
 
-QString describe(const ChipInfo& c)
-{
-    QStringList parts{c.deviceId, c.partNumber, c.series, c.matchKey, c.device, c.deviceVersion,
-                      c.package, c.voltage, c.speed, c.auxiliary};
-    QString flags;
-    for (const QString& p : parts)
-        flags += p.isNull() ? QLatin1Char('n') : QLatin1Char('v');
-    return parts.join(QLatin1Char('|')) + QLatin1String(" #") + c.resources.join(QLatin1Char('|'))
-        + QLatin1String(" @") + QString::number(c.resources.size()) + QLatin1Char(' ') + flags;
-}
-
 // Records of one version have no defined order, so each run of equal
-// versions is compared as a sorted list.
+// versions is compared as a sorted list; nulls are told from empties.
 QStringList canonical(const QList<ChipInfo>& chips)
 {
     QStringList out;
-    int i = 0;
-    while (i < chips.size()) {
-        int j = i;
+    for (int i = 0, j = 0; i < chips.size(); i = j) {
         QStringList group;
-        while (j < chips.size() && chips.at(j).deviceVersion == chips.at(i).deviceVersion)
-            group << describe(chips.at(j++));
+        for (j = i; j < chips.size() && chips.at(j).deviceVersion == chips.at(i).deviceVersion; ++j)
+            group << TestHelpers::fields(chips.at(j)).join(QLatin1Char('|'));
         group.sort();
-        out << QStringLiteral("== version ") + chips.at(i).deviceVersion;
-        out += group;
-        i = j;
+        out << QStringLiteral("== version ") + chips.at(i).deviceVersion << group;
     }
     return out;
 }

@@ -14,7 +14,6 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTableView>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTranslator>
 
@@ -22,24 +21,18 @@ namespace {
 
 const QString TranslationDir = QStringLiteral(DEVICE_QM_DIR);
 
-// The source texts of a .ts file, context by context.
+// The source texts of a .ts file, each after its context, sorted.
 QStringList sourcesOf(const QString& tsFile)
 {
     QFile f(tsFile);
-    if (!f.open(QIODevice::ReadOnly))
-        return {};
-    const QString ts = QString::fromUtf8(f.readAll());
     QStringList out;
     QString context;
-    static const QRegularExpression item(QStringLiteral("<name>(.*?)</name>|<source>(.*?)</source>"),
-                                         QRegularExpression::DotMatchesEverythingOption);
-    auto it = item.globalMatch(ts);
+    auto it = QRegularExpression(QStringLiteral("<name>(.*?)</name>|<source>(.*?)</source>"),
+                                 QRegularExpression::DotMatchesEverythingOption)
+                  .globalMatch(f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString());
     while (it.hasNext()) {
         const QRegularExpressionMatch m = it.next();
-        if (!m.captured(1).isEmpty())
-            context = m.captured(1);
-        else
-            out << context + QLatin1String(" | ") + m.captured(2);
+        m.captured(1).isEmpty() ? void(out << context + QLatin1String(" | ") + m.captured(2)) : void(context = m.captured(1));
     }
     out.sort();
     return out;
@@ -52,18 +45,15 @@ class TestTranslations : public QObject
     Q_OBJECT
 
 private:
-    QTemporaryDir m_dir;
+    TestHelpers::Catalogues m_files;
     std::unique_ptr<DEV::DeviceDb> m_db;
     QTranslator m_german;
 
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
-        const QString path = m_dir.filePath(QStringLiteral("chips.csv"));
-        QVERIFY(TestHelpers::writeFile(path, TestHelpers::line19("zr9k31a-015", "PN-15", "A", "ZR9K")
-                                                 + TestHelpers::line19("x-1", "PN-X", "", "ZR1N")));
-        m_db.reset(new DEV::DeviceDb(path));
+        m_db = m_files.load(TestHelpers::line19("zr9k31a-015", "PN-15", "A", "ZR9K")
+                            + TestHelpers::line19("x-1", "PN-X", "", "ZR1N"));
         QVERIFY(m_german.load(QStringLiteral("device_de"), TranslationDir));
         QVERIFY(QCoreApplication::installTranslator(&m_german));
     }
@@ -73,15 +63,14 @@ private slots:
         QFile ts(QStringLiteral(DEVICE_SOURCE_DIR "/translations/device_de.ts"));
         QVERIFY(ts.open(QIODevice::ReadOnly));
         const QByteArray text = ts.readAll();
-        QVERIFY(text.contains("<translation>"));
-        QVERIFY(!text.contains("type=\"unfinished\""));
+        QVERIFY(text.contains("<translation>") && !text.contains("type=\"unfinished\""));
         QVERIFY(!text.contains("<translation></translation>"));
     }
 
     // A text added to the sources must reach the translation too.
     void translationSourcesMatchTheCode()
     {
-        const QString fresh = m_dir.filePath(QStringLiteral("fresh_de.ts"));
+        const QString fresh = m_files.path(QStringLiteral("fresh_de.ts"));
         QProcess lupdate;
         lupdate.setWorkingDirectory(QStringLiteral(DEVICE_SOURCE_DIR));
         lupdate.start(QStringLiteral(DEVICE_LUPDATE),
@@ -96,68 +85,42 @@ private slots:
         QCOMPARE(sourcesOf(QStringLiteral(DEVICE_SOURCE_DIR "/translations/device_de.ts")), expected);
     }
 
+    // Column headers and the search menu stay English.
     void dialogAndFormTexts()
     {
         DEV::DeviceSelectorDialog dialog(m_db.get());
+        QStringList labels;
+        for (const char* name : {"label", "label_2", "label_3", "label_5", "label_4", "matchCountLabel"})
+            labels << dialog.findChild<QLabel*>(QLatin1String(name))->text();
+        QCOMPARE(labels, (QStringList{"Serie:", "Baustein:", "Gehäuse:", "Geschwindigkeit:", "Suche:", "(0 Treffer)"}));
         QCOMPARE(dialog.windowTitle(), QStringLiteral("Baustein auswählen"));
-        const auto label = [&](const char* name) {
-            auto* l = dialog.findChild<QLabel*>(QLatin1String(name));
-            return l ? l->text() : QStringLiteral("<missing %1>").arg(QLatin1String(name));
-        };
-        QCOMPARE(label("label"), QStringLiteral("Serie:"));
-        QCOMPARE(label("label_2"), QStringLiteral("Baustein:"));
-        QCOMPARE(label("label_3"), QStringLiteral("Gehäuse:"));
-        QCOMPARE(label("label_5"), QStringLiteral("Geschwindigkeit:"));
-        QCOMPARE(label("label_4"), QStringLiteral("Suche:"));
-        QCOMPARE(label("matchCountLabel"), QStringLiteral("(0 Treffer)"));
-        QVERIFY(label("labelDeviceVersion").contains(QLatin1String("Bausteinversion:")));
-        QVERIFY(!label("labelDeviceVersion").contains(QLatin1String("initial version")));
-
+        const QString version = dialog.findChild<QLabel*>(QStringLiteral("labelDeviceVersion"))->text();
+        QVERIFY(version.contains(QLatin1String("Bausteinversion:")) && !version.contains(QLatin1String("initial version")));
         auto* search = dialog.findChild<DEV::SearchLineEdit*>();
-        QVERIFY(search);
         QTest::keyClicks(search, QStringLiteral("PN-1"));
-        QCOMPARE(label("matchCountLabel"), QStringLiteral("(1 Treffer)"));
-    }
+        QCOMPARE(dialog.findChild<QLabel*>(QStringLiteral("matchCountLabel"))->text(), QStringLiteral("(1 Treffer)"));
 
-    void fixedEnglishTexts()
-    {
-        DEV::DeviceSelectorDialog dialog(m_db.get());
-        auto* table = dialog.findChild<QTableView*>(QStringLiteral("tableView"));
-        QVERIFY(table);
-        QCOMPARE(table->model()->headerData(0, Qt::Horizontal).toString(), QStringLiteral("Part Number"));
-        QCOMPARE(table->model()->headerData(13, Qt::Horizontal).toString(), QStringLiteral("User Flash"));
-        auto* search = dialog.findChild<DEV::SearchLineEdit*>();
-        QVERIFY(search);
+        const QAbstractItemModel* model = dialog.findChild<QTableView*>()->model();
+        QCOMPARE(model->headerData(0, Qt::Horizontal).toString(), QStringLiteral("Part Number"));
+        QCOMPARE(model->headerData(13, Qt::Horizontal).toString(), QStringLiteral("User Flash"));
         QCOMPARE(search->rangeActions.first()->text(), QStringLiteral("All"));
         QCOMPARE(search->caseSensitiveAction->text(), QStringLiteral("Case sensitive"));
         QCOMPARE(search->matchAnywhereAction->text(), QStringLiteral("Match anywhere"));
     }
 
-    void pickerLanguageOption_data()
-    {
-        QTest::addColumn<QString>("lang");
-        QTest::addColumn<int>("exitCode");
-        QTest::newRow("German") << "de" << 0;
-        QTest::newRow("no such translation") << "xx" << 2;
-    }
-
     void pickerLanguageOption()
     {
-        QFETCH(QString, lang);
-        QFETCH(int, exitCode);
-        QProcess picker;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-        picker.setProcessEnvironment(env);
-        const QString png = m_dir.filePath(QStringLiteral("shot.png"));
-        picker.start(QStringLiteral(DEVICEPICKER_PATH),
-                     {QStringLiteral("--lang"), lang, QStringLiteral("--screenshot"), png});
-        QVERIFY(picker.waitForFinished(60000));
-        QCOMPARE(picker.exitCode(), exitCode);
-        if (exitCode == 2)
-            QCOMPARE(picker.readAllStandardError(), QByteArray("devicepicker: no translation for language 'xx'\n"));
-        else
-            QVERIFY(QFileInfo(png).size() > 0);
+        const QString png = m_files.path(QStringLiteral("shot.png"));
+        const auto run = [&](const char* lang) {
+            return TestHelpers::runProgram(DEVICEPICKER_PATH, {"--lang", lang, "--screenshot", png}, env);
+        };
+        QCOMPARE(run("de").status, 0);
+        QVERIFY(QFileInfo(png).size() > 0);
+        const TestHelpers::Run unknown = run("xx");
+        QCOMPARE(unknown.status, 2);
+        QCOMPARE(unknown.err, QByteArray("devicepicker: no translation for language 'xx'\n"));
     }
 };
 
