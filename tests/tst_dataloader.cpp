@@ -1,10 +1,12 @@
 // How a device data file becomes the database's list: columns, trimming,
-// order, malformed lines and their exact messages. Encodings and odd bytes
-// are left to the randomised comparison in tst_loaderdiff.
+// order, malformed lines and their exact messages, and hostile files: each
+// keeps every well-formed line, reports what it should and nothing else.
+// The randomised comparison in tst_loaderdiff covers many more byte mixes.
 
 #include "testhelpers.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTest>
 #include <QTextCodec>
@@ -23,6 +25,13 @@ QStringList records(const DeviceDb& db)
         out << TestHelpers::fields(c).mid(0, 10).join(QLatin1Char(',')).replace(QLatin1String("<null>"), QString())
                 + QLatin1Char('|') + c.resources.join(QLatin1Char(','));
     return out;
+}
+
+// The whole literal, embedded NUL bytes included.
+template <int N>
+QByteArray raw(const char (&bytes)[N])
+{
+    return QByteArray(bytes, N - 1);
 }
 
 QString badLine(const QString& escaped)
@@ -87,6 +96,20 @@ private slots:
         for (const QString& blank : {QStringLiteral(""), QStringLiteral("\n\n"), QStringLiteral("\r\n\r\n")})
             QTest::addRow("empty file %d", int(blank.size())) << blank.toLatin1() << none << none;
         QTest::newRow("only a mark") << QByteArray("\xEF\xBB\xBF") << none << none;
+        // A text stream drops every carriage return, even a lone one.
+        QTest::newRow("lone CR") << QByteArray("i,P\r1,s,k,d,v,a,u\ri,p2,s,k,d,v,a,u\n")
+                                 << QStringList{"i,P1,s,k,d,v,a,ui,p2,s|k,d,v,a,u"} << none;
+        QTest::newRow("NUL bytes") << raw("i,P\0001,s,k,d,v,a,u\n\0\0\n")
+                                   << QStringList{QLatin1String("i,P") + QChar(0) + QLatin1String("1,s,k,d,v,a,u,,|")}
+                                   << QStringList{badLine("\\u0000\\u0000")};
+        QTest::newRow("UTF-16LE with mark") << raw("\xFF\xFEi\0,\0P\0,\0,\0,\0,\0,\0,\0\n\0")
+                                            << QStringList{"i,P,,,,,,,,|"} << none;
+        QTest::newRow("UTF-16BE with mark") << raw("\xFE\xFF\0i\0,\0P\0,\0,\0,\0,\0,\0,\0\n")
+                                            << QStringList{"i,P,,,,,,,,|"} << none;
+        QTest::newRow("garbage between good lines")
+            << raw("i,p1,s,k,d,v,a,u\n\x01\xFF\xFE,\x80\x81\ni,p2,s,k,d,v,a,u\n")
+            << QStringList{"i,p1,s,k,d,v,a,u,,|", "i,p2,s,k,d,v,a,u,,|"}
+            << QStringList{badLine(QStringLiteral("\\u0001\uFFFD\uFFFD,\uFFFD\uFFFD"))};
         // Newest version first; equal versions are never mixed here, as their order is open.
         const QStringList ordered{"1,p,s,k,d,b,a,u,,|", "2,p,s,k,d,B,a,u,,|", "3,p,s,k,d,A,a,u,,|",
                                   "4,p,s,k,d,,a,u,,|"};
@@ -112,14 +135,33 @@ private slots:
         QTest::addColumn<QString>("path");
         QTest::newRow("missing") << m_files.path(QStringLiteral("none.csv"));
         QTest::newRow("directory") << m_files.path(QString());
+        const QString locked = m_files.write("i,p,s,k,d,v,a,u\n");
+        QFile::setPermissions(locked, QFileDevice::WriteOwner);
+        QTest::newRow("unreadable") << locked;
     }
     void unopenableFile()
     {
         QFETCH(QString, path);
+        if (QFileInfo(path).isFile() && QFile(path).open(QIODevice::ReadOnly))
+            QSKIP("the file can be read anyway (running as root)");
         MessageCapture capture;
         const DeviceDb db(path);
         QCOMPARE(capture.criticals(), QStringList{QStringLiteral("can not opend device data file:  \"%1\"").arg(path)});
         QVERIFY(db.allChipInfo().isEmpty());
+    }
+
+    void millionShortLines()
+    {
+        QByteArray bytes;
+        for (int i = 0; i < 1000000; ++i)
+            bytes += i % 2 ? QByteArrayLiteral("i,p,s,k,d,A,a,u\n") : QByteArrayLiteral("i,p,s,k,d,,a,u\n");
+        MessageCapture capture;
+        const DeviceDb db(m_files.write(bytes));
+        const QList<ChipInfo> chips = db.allChipInfo();
+        QCOMPARE(chips.size(), 1000000);
+        QCOMPARE(chips.at(499999).deviceVersion, QStringLiteral("A"));
+        QCOMPARE(chips.at(500000).deviceVersion, QString());
+        QCOMPARE(capture.count(), 0);
     }
 
     // Lines and fields far beyond the loader's read blocks.
