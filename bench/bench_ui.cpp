@@ -143,6 +143,54 @@ void Selector_Keystroke_Everything(benchmark::State& state)
     Selector_Keystroke(state, "z", 'r');
 }
 
+// The same keystrokes the way a host without this library would handle them:
+// a new fixed-string filter on the proxy, which keeps its rows sorted by part
+// number.
+void QtRoute_Keystroke(benchmark::State& state, const char* before, char typed)
+{
+    Bench::QtRoute& route = Bench::qtRoute(int(state.range(0)));
+    route.proxy.sort(0, Qt::AscendingOrder);
+    const QString prefix = QString::fromLatin1(before);
+    int rows = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        route.proxy.setFilterFixedString(prefix);
+        state.ResumeTiming();
+        route.proxy.setFilterFixedString(prefix + QLatin1Char(typed));
+        rows = route.proxy.rowCount();
+    }
+    route.proxy.setFilterFixedString(QString());
+    route.proxy.sort(-1);
+    state.counters["rows"] = rows;
+}
+
+void QtRoute_Keystroke_Narrow(benchmark::State& state)
+{
+    QtRoute_Keystroke(state, "pg25", '6');
+}
+
+void QtRoute_Keystroke_Everything(benchmark::State& state)
+{
+    QtRoute_Keystroke(state, "z", 'r');
+}
+
+// What a host would build instead of the selector: every chip as a row of
+// sixteen items behind a sorting proxy.
+void QtRoute_Construct(benchmark::State& state)
+{
+    const QList<DEV::ChipInfo> all = Bench::database(int(state.range(0))).allChipInfo();
+    for (auto _ : state) {
+        auto route = std::make_unique<Bench::QtRoute>();
+        for (const DEV::ChipInfo& c : all)
+            route->source.appendRow(Bench::rowOf(c));
+        route->proxy.setSourceModel(&route->source);
+        route->proxy.sort(0, Qt::AscendingOrder);
+        state.PauseTiming();
+        route.reset();
+        state.ResumeTiming();
+    }
+}
+
 } // namespace
 
 BENCHMARK(Sort_Device)->Apply(sortArgs)->Unit(benchmark::kMillisecond);
@@ -152,3 +200,6 @@ BENCHMARK(Selector_Construct)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmar
 BENCHMARK(Selector_SeriesChange)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(Selector_Keystroke_Narrow)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(Selector_Keystroke_Everything)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(QtRoute_Construct)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(QtRoute_Keystroke_Narrow)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(QtRoute_Keystroke_Everything)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);

@@ -42,11 +42,16 @@ ChipInfo tokenChip()
 // Kelvin sign, the long s) and a surrogate pair.
 const char* const ValuePool[] = {"", "0", "00", "10", "a", "A", "ab", "AB", "aB", "abc", "ABC", "x.y", "a*",
                                  "[a]", "?", "(", "1.0V", "GW1N", "gw1n-9", "QN88", "C6/I5", " a", "\\",
-                                 "\xE2\x84\xAA", "\xC5\xBF", "\xC3\x9F", "a\xC3\x84""b", "\xF0\x9D\x90\x80k"};
+                                 "\xE2\x84\xAA", "\xC5\xBF", "\xC3\x9F", "a\xC3\x84""b", "\xF0\x9D\x90\x80k",
+                                 // Long enough to be scanned in blocks, with a match or a foreign
+                                 // letter near block edges.
+                                 "ZR9K31AQ113-MVPG256C7/I6", "zr9k31aq113-mvpg256c7/i6", "xxxxxxxAByyyyyyyGW1Nzz",
+                                 "xxxxxxxxxxxxxxx\xE2\x84\xAA", "GW1NR-LV9QN88PC6/I5-ABC", "0000000000000000a"};
 const char* const PatternPool[] = {"0", "00", "", "*", "?", "a*", "A*", "*b", "?b", "[ab]*", "[!a]*", "[a-c]?",
                                    "a.c", "a.*", ".*", "^a", "(a|b)", "(", "[", "a{2}", "\\d+", "1.0V", "A",
                                    "ab", "gw1n", "*-9", "x.y", "\\", ")", "[a", "?*", "b$", "k", "S", "ss",
-                                   "\xC3\xA4", "\xE2\x84\xAA"};
+                                   "\xC3\xA4", "\xE2\x84\xAA", "pg256c7", "MVPG256", "ab", "i6", "Q113-m",
+                                   "k31a", "/I5-A"};
 
 template <size_t N>
 QString pick(QRandomGenerator& rng, const char* const (&pool)[N])

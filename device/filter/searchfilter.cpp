@@ -7,6 +7,10 @@
 
 #include <array>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace DEV {
 
 namespace {
@@ -61,29 +65,62 @@ private:
 
 /*
  * Case-insensitive "contains" for the common case of plain ASCII text, where
- * Unicode case folding is just ASCII lower-casing. Answers -1 when either
- * side holds anything else, leaving the general comparison to Qt.
+ * Unicode case folding is just ASCII lower-casing. Answers -1 when the value
+ * holds anything else, leaving the general comparison to Qt; the needle is
+ * ASCII and already lower-cased. A match inside plain ASCII stands whatever
+ * else the value holds, but "no match" is only certain once every character
+ * was seen to be ASCII.
  */
+inline char16_t foldAscii(char16_t c)
+{
+    return char16_t(c >= u'A' && c <= u'Z' ? c + 32 : c);
+}
+
+inline bool matchesAt(const char16_t* h, const char16_t* p, qsizetype m)
+{
+    for (qsizetype k = 1; k < m; ++k) {
+        if (foldAscii(h[k]) != p[k])
+            return false;
+    }
+    return true;
+}
+
 int asciiContainsFolded(QStringView value, QStringView foldedNeedle)
 {
     const qsizetype n = value.size();
     const qsizetype m = foldedNeedle.size();
-    const char16_t* h = reinterpret_cast<const char16_t*>(value.data());
-    const char16_t* p = reinterpret_cast<const char16_t*>(foldedNeedle.data());
     if (m == 0)
         return 1; // found at position 0 of any value, as QString::indexOf has it
-    const auto fold = [](char16_t c) { return char16_t(c >= u'A' && c <= u'Z' ? c + 32 : c); };
-    // A match inside plain ASCII stands whatever else the value holds; "no
-    // match" is only certain once every character was seen to be ASCII.
-    for (qsizetype i = 0; i < n; ++i) {
+    const char16_t* h = reinterpret_cast<const char16_t*>(value.data());
+    const char16_t* p = reinterpret_cast<const char16_t*>(foldedNeedle.data());
+    qsizetype i = 0;
+#if defined(__SSE2__)
+    // Eight characters at a time: any outside ASCII, and where the needle's
+    // first character stands in either letter case. For a lower-case letter
+    // c, (x | 0x20) == c holds exactly for x == c and its capital.
+    const char16_t first = p[0];
+    const __m128i nonAscii = _mm_set1_epi16(short(0xFF80));
+    const __m128i caseBit = _mm_set1_epi16(first >= u'a' && first <= u'z' ? 0x20 : 0);
+    const __m128i wanted = _mm_set1_epi16(short(first));
+    const __m128i zero = _mm_setzero_si128();
+    for (; i + 8 <= n; i += 8) {
+        const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(h + i));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(chunk, nonAscii), zero)) != 0xFFFF)
+            return -1;
+        int hits = _mm_movemask_epi8(_mm_cmpeq_epi16(_mm_or_si128(chunk, caseBit), wanted));
+        while (hits) {
+            const int bit = __builtin_ctz(unsigned(hits));
+            const qsizetype at = i + bit / 2;
+            if (at + m <= n && matchesAt(h + at, p, m))
+                return 1;
+            hits &= ~(3 << bit);
+        }
+    }
+#endif
+    for (; i < n; ++i) {
         if (h[i] >= 0x80)
             return -1;
-        if (i + m > n || fold(h[i]) != p[0])
-            continue;
-        qsizetype k = 1;
-        while (k < m && fold(h[i + k]) == p[k])
-            ++k;
-        if (k == m)
+        if (i + m <= n && foldAscii(h[i]) == p[0] && matchesAt(h + i, p, m))
             return 1;
     }
     return 0;

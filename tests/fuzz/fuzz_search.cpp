@@ -26,7 +26,8 @@ namespace {
 QString fuzzText(FuzzedDataProvider& in)
 {
     static const char16_t Alphabet[] = u"0aAbBkKsS*?.[]()^$\\|-+{}, \u212A\u017F\u00DF\u00E4\u00C4\xD835";
-    const int length = in.ConsumeIntegralInRange<int>(0, 6);
+    // Mostly short, now and then longer than the matcher's 8-character blocks.
+    const int length = in.ConsumeIntegralInRange<int>(0, in.ConsumeBool() ? 6 : 24);
     QString s;
     for (int i = 0; i < length; ++i)
         s += QChar(Alphabet[in.ConsumeIntegralInRange<size_t>(0, sizeof(Alphabet) / 2 - 2)]);
