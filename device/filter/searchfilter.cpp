@@ -217,13 +217,7 @@ private:
             return decide(v);
         // Strings that share their data share the one data header, and its
         // address is at hand without touching the characters.
-        const void* key = const_cast<QString&>(v).data_ptr();
-        const VerdictCache::Verdict known = m_values.find(key);
-        if (known != VerdictCache::Unknown)
-            return known == VerdictCache::Yes;
-        const bool verdict = decide(v);
-        m_values.insert(key, verdict);
-        return verdict;
+        return remembered(m_values, const_cast<QString&>(v).data_ptr(), [&] { return decide(v); });
     }
 
     bool counts(const QStringList& list)
@@ -233,12 +227,17 @@ private:
         if (!m_remember)
             return anyCount(list);
         // Lists that share their data share their first element.
-        const void* key = &list.constFirst();
-        const VerdictCache::Verdict known = m_lists.find(key);
+        return remembered(m_lists, &list.constFirst(), [&] { return anyCount(list); });
+    }
+
+    template <typename Decide>
+    static bool remembered(VerdictCache& cache, const void* key, Decide decideNow)
+    {
+        const VerdictCache::Verdict known = cache.find(key);
         if (known != VerdictCache::Unknown)
             return known == VerdictCache::Yes;
-        const bool verdict = anyCount(list);
-        m_lists.insert(key, verdict);
+        const bool verdict = decideNow();
+        cache.insert(key, verdict);
         return verdict;
     }
 

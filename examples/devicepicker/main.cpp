@@ -9,6 +9,7 @@
 // written, or no display to show the dialog on. Scripts branch on these, so
 // every failure path below ends in one of them.
 
+#include "chipjson.h"
 #include "commandline.h"
 
 #include <chipinfo.h>
@@ -207,20 +208,7 @@ QByteArray chipText(const DEV::ChipInfo& chip)
 
 QByteArray chipJson(const DEV::ChipInfo& chip)
 {
-    const QJsonObject object{
-        {QStringLiteral("deviceId"), chip.deviceId},
-        {QStringLiteral("partNumber"), chip.partNumber},
-        {QStringLiteral("series"), chip.series},
-        {QStringLiteral("matchKey"), chip.matchKey},
-        {QStringLiteral("device"), chip.device},
-        {QStringLiteral("deviceVersion"), chip.deviceVersion},
-        {QStringLiteral("package"), chip.package},
-        {QStringLiteral("voltage"), chip.voltage},
-        {QStringLiteral("speed"), chip.speed},
-        {QStringLiteral("auxiliary"), chip.auxiliary},
-        {QStringLiteral("resources"), QJsonArray::fromStringList(chip.resources)},
-    };
-    return QJsonDocument(object).toJson(QJsonDocument::Indented);
+    return QJsonDocument(ExampleCommandLine::chipToJson(chip)).toJson(QJsonDocument::Indented);
 }
 
 int screenshot(DEV::DeviceDb* db, const QString& preset, const QString& path)

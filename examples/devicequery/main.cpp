@@ -6,6 +6,7 @@
 // zero), 1 when nothing matched, 2 for bad usage or an unreadable data file.
 // Scripts branch on these, so every failure path below ends in one of them.
 
+#include "chipjson.h"
 #include "commandline.h"
 
 #include <chipfilter.h>
@@ -342,19 +343,7 @@ QByteArray jsonText(const QList<DEV::ChipInfo>& chips)
 {
     QJsonArray array;
     for (const DEV::ChipInfo& chip : chips) {
-        array.append(QJsonObject{
-            {QStringLiteral("deviceId"), chip.deviceId},
-            {QStringLiteral("partNumber"), chip.partNumber},
-            {QStringLiteral("series"), chip.series},
-            {QStringLiteral("matchKey"), chip.matchKey},
-            {QStringLiteral("device"), chip.device},
-            {QStringLiteral("deviceVersion"), chip.deviceVersion},
-            {QStringLiteral("package"), chip.package},
-            {QStringLiteral("voltage"), chip.voltage},
-            {QStringLiteral("speed"), chip.speed},
-            {QStringLiteral("auxiliary"), chip.auxiliary},
-            {QStringLiteral("resources"), QJsonArray::fromStringList(chip.resources)},
-        });
+        array.append(ExampleCommandLine::chipToJson(chip));
     }
     return QJsonDocument(array).toJson(QJsonDocument::Indented);
 }
