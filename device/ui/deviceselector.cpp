@@ -256,7 +256,7 @@ void DeviceSelector::filter()
     model->setChipInfoList(chipsOfBoxes());
     ui->tableView->scrollToTop();
     // Whatever was chosen is gone with the old list.
-    emit selectedDeviceChanged(DeviceArg());
+    Q_EMIT selectedDeviceChanged(DeviceArg());
     ui->tableView->sortByColumn(0, Qt::AscendingOrder);
 }
 
@@ -291,7 +291,7 @@ void DeviceSelector::filterBySearch()
         ui->tableView->scrollToTop();
     }
     ui->matchCountLabel->setText(tr("(%1 matches)").arg(result.size()));
-    emit selectedDeviceChanged(DeviceArg());
+    Q_EMIT selectedDeviceChanged(DeviceArg());
     ui->tableView->sortByColumn(0, Qt::AscendingOrder);
 }
 
@@ -314,7 +314,7 @@ void DeviceSelector::onIndexSelected()
     const QModelIndexList rows = ui->tableView->selectionModel()->selectedRows(0);
     if (rows.isEmpty())
         return;
-    emit selectedDeviceChanged(DeviceArg(model->index2chipInfo(rows.first())));
+    Q_EMIT selectedDeviceChanged(DeviceArg(model->index2chipInfo(rows.first())));
 }
 
 void DeviceSelector::scrollToCurrentDevice()

@@ -69,7 +69,7 @@ public:
      */
     void setCurrentDevice(const QString& deviceId);
 
-signals:
+Q_SIGNALS:
     /**
      * The chip the user now has: the chip of a clicked row, or an empty
      * DeviceArg (empty @c deviceId) whenever the table was rebuilt and
@@ -77,7 +77,7 @@ signals:
      */
     void selectedDeviceChanged(const DEV::DeviceArg& device);
 
-private slots:
+private Q_SLOTS:
     void onSeriesChanged();
     void onDeviceChanged();
     void filter();

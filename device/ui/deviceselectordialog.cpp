@@ -55,7 +55,7 @@ QSize DeviceSelectorDialog::sizeHint() const
 void DeviceSelectorDialog::onSelectedDeviceChanged(const DeviceArg& device)
 {
     buttonBox->button(QDialogButtonBox::Ok)->setEnabled(!device.deviceId.isEmpty());
-    emit selectedDeviceChanged(device);
+    Q_EMIT selectedDeviceChanged(device);
 }
 
 } // namespace DEV

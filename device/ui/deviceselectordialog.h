@@ -57,11 +57,11 @@ public:
     /// 800 by 450 pixels, whatever the contents.
     QSize sizeHint() const override;
 
-signals:
+Q_SIGNALS:
     /// Relays DeviceSelector::selectedDeviceChanged(), after the OK button was updated.
     void selectedDeviceChanged(const DEV::DeviceArg& device);
 
-private slots:
+private Q_SLOTS:
     void onSelectedDeviceChanged(const DEV::DeviceArg& device);
 
 private:

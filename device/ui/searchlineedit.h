@@ -84,11 +84,11 @@ public:
     /// "Match anywhere": the text may be any part of a value. Checked initially.
     QAction* matchAnywhereAction = nullptr;
 
-signals:
+Q_SIGNALS:
     /// Emitted after the user picked any option, once the option sets are consistent again.
     void patternSyntaxChange();
 
-private slots:
+private Q_SLOTS:
     /// Keeps the four text-reading options exclusive; the sender is the one picked.
     void updateCheckStatus();
     /// Keeps the column groups exclusive; the sender is the one picked.
