@@ -281,10 +281,16 @@ void DeviceDbPrivate::loadDataFile(const QString& fileName)
             buffer.truncate(int(end - begin));
         }
 
+        // What was left over from the last block holds no line break, so the
+        // search starts with the new text: a line spanning many blocks is
+        // not scanned again for every block.
         const QStringView text(buffer);
         qsizetype start = 0;
-        for (qsizetype end; (end = text.indexOf(QLatin1Char('\n'), start)) >= 0; start = end + 1)
+        for (qsizetype end = text.indexOf(QLatin1Char('\n'), decodedFrom); end >= 0;
+             end = text.indexOf(QLatin1Char('\n'), start)) {
             builder.addLine(text.mid(start, end - start));
+            start = end + 1;
+        }
         buffer.remove(0, int(start));
     }
     builder.addLine(buffer);
