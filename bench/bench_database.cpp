@@ -2,7 +2,7 @@
 
 #include "catalogues.h"
 #include "chipfilter.h"
-#include "reference/referenceloader.h"
+#include "reference/reference.h"
 
 #include <benchmark/benchmark.h>
 

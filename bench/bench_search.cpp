@@ -6,7 +6,7 @@
 #include "catalogues.h"
 #include "chipfilter.h"
 #include "qtroute.h"
-#include "reference/searchreference.h"
+#include "reference/reference.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,47 +1,20 @@
-// The attribute filter: which criteria are set, how they compare, and the
-// database queries that apply it.
+// The filters: which attribute criteria are set and how they compare, and the free-text search against the plain
+// reference, which stands for the values each group looks at, each syntax and the "0" rule.
 
-#include "chipfilter.h"
+#include "reference/reference.h"
 #include "testhelpers.h"
 
-#include <QTest>
-
 using DEV::ChipFilter;
+using DEV::ChipFilterBySearch;
 using DEV::ChipInfo;
-using DEV::DeviceDb;
+using L = QStringList;
 
-Q_DECLARE_METATYPE(DEV::ChipFilter)
-
-namespace {
-
-struct Criterion
-{
-    const char* name;
-    QString ChipFilter::*criterion;
-    QString ChipInfo::*member;
-};
-
-const Criterion Criteria[] = {
-    {"partNumber", &ChipFilter::partNumber, &ChipInfo::partNumber},
-    {"series", &ChipFilter::series, &ChipInfo::series},
-    {"matchKey", &ChipFilter::matchKey, &ChipInfo::matchKey},
-    {"device", &ChipFilter::device, &ChipInfo::device},
-    {"deviceVersion", &ChipFilter::deviceVersion, &ChipInfo::deviceVersion},
-    {"package", &ChipFilter::package, &ChipInfo::package},
-    {"auxiliary", &ChipFilter::auxiliary, &ChipInfo::auxiliary},
-    {"voltage", &ChipFilter::voltage, &ChipInfo::voltage},
-    {"speed", &ChipFilter::speed, &ChipInfo::speed},
-};
-
-ChipInfo sampleChip()
-{
-    ChipInfo c;
-    for (const Criterion& k : Criteria)
-        c.*(k.member) = QString::fromLatin1(k.name) + QLatin1String("-1");
-    return c;
-}
-
-} // namespace
+static const std::pair<QString ChipFilter::*, QString ChipInfo::*> Criteria[] = {
+    {&ChipFilter::partNumber, &ChipInfo::partNumber}, {&ChipFilter::series, &ChipInfo::series},
+    {&ChipFilter::matchKey, &ChipInfo::matchKey},     {&ChipFilter::device, &ChipInfo::device},
+    {&ChipFilter::deviceVersion, &ChipInfo::deviceVersion}, {&ChipFilter::package, &ChipInfo::package},
+    {&ChipFilter::auxiliary, &ChipInfo::auxiliary},   {&ChipFilter::voltage, &ChipInfo::voltage},
+    {&ChipFilter::speed, &ChipInfo::speed}};
 
 class TestChipFilter : public QObject
 {
@@ -49,99 +22,93 @@ class TestChipFilter : public QObject
 
 private:
     TestHelpers::Catalogues m_files;
-    std::unique_ptr<DeviceDb> m_db;
+    std::unique_ptr<DEV::DeviceDb> m_db;
 
-private slots:
+private Q_SLOTS:
     void initTestCase()
     {
         // Versions descend down the file, so file order is database order.
-        m_db = m_files.load("v-c,PN-6,S1,MK6,DEV1,C,PKG1,1.0V,C6,AUX1,100\n"
-                            "v-b,PN-3,S2,MK1,DEV2,BB,PKG1,1.2V,C6,AUX2,100\n"
-                            "dup,PN-4,S2,MK4,DEV2,B,PKG1,1.2V,C6,AUX2,100\n"
-                            "dup,PN-4,S2,MK4,DEV2,B,PKG1,1.2V,C6,AUX2,100\n"
-                            "v-a,PN-2,S1,MK2,DEV1,A,PKG2,1.0V,C7,AUX1,100\n"
-                            "any,PN-5,Any,MK5,dev1,0,PKG5,1.00V,I5,AUX5,100\n"
-                            "v-none,PN-1,S1,MK1,DEV1,,PKG1,1.0V,C6,AUX1,100\n");
-        QCOMPARE(TestHelpers::ids(m_db->allChipInfo()),
-                 (QStringList{"v-c", "v-b", "dup", "dup", "v-a", "any", "v-none"}));
-    }
-
-    // Hosts brace-initialise the record, so the declaration order matters.
-    void memberOrder()
-    {
+        m_db = m_files.load("v-c,PN-6,S1,MK6,DEV1,C,PKG1,1.0V,C6,AUX1,100\nv-b,PN-3,S2,MK1,DEV2,BB,PKG1,1.2V,C6,AUX2\n"
+                            "dup,PN-4,S2,MK4,DEV2,B,PKG1,1.2V,C6,AUX2\ndup,PN-4,S2,MK4,DEV2,B,PKG1,1.2V,C6,AUX2\n"
+                            "v-a,PN-2,S1,MK2,DEV1,A,PKG2,1.0V,C7,AUX1\nv-none,PN-1,S1,MK1,DEV1,,PKG1,1.0V,C6,AUX1\n");
+        // Hosts brace-initialise the records, so the declaration order matters.
         const ChipFilter f{"pn", "se", "mk", "de", "dv", "pa", "au", "vo", "sp"};
-        QCOMPARE(QStringList({f.partNumber, f.series, f.matchKey, f.device, f.deviceVersion, f.package, f.auxiliary,
-                              f.voltage, f.speed}),
-                 QStringList({"pn", "se", "mk", "de", "dv", "pa", "au", "vo", "sp"}));
+        QCOMPARE(L({f.partNumber, f.series, f.matchKey, f.device, f.deviceVersion, f.package, f.auxiliary, f.voltage,
+                    f.speed}).join(' '), QStringLiteral("pn se mk de dv pa au vo sp"));
+        const ChipFilterBySearch fresh;
+        QCOMPARE(QVariantList({fresh.group, fresh.patternSyntax, fresh.caseSensitive}), QVariantList({0, 3, false}));
     }
 
-    void singleCriterion_data()
-    {
-        QTest::addColumn<int>("criterion");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<bool>("expected");
-        for (int i = 0; i < int(std::size(Criteria)); ++i) {
-            const QString own = sampleChip().*(Criteria[i].member);
-            const auto row = [&](const char* what) -> QTestData& {
-                return QTest::addRow("%s: %s", Criteria[i].name, what) << i;
-            };
-            row("equal") << own << true;
-            row("other value") << own + "X" << false;
-            row("other case") << own.toUpper() << false;
-            row("trailing blank") << own + " " << false;
-            row("leading blank") << " " + own << false;
-            row("Any is a value") << "Any" << false;
-            row("null") << QString() << true;
-            // Only the version takes an empty, non-null string as a criterion.
-            row("empty") << QString(QLatin1String("")) << (i != 4);
-        }
-    }
+    // One criterion at a time: equal texts only, "Any" is a value, a null criterion is unset, and so is an empty one
+    // except for the version.
     void singleCriterion()
     {
-        QFETCH(int, criterion);
-        QFETCH(QString, value);
-        QFETCH(bool, expected);
-        ChipFilter filter;
-        filter.*(Criteria[criterion].criterion) = value;
-        QCOMPARE(DEV::matchFilter(sampleChip(), filter), expected);
+        ChipInfo chip;
+        for (int i = 0; i < int(std::size(Criteria)); ++i)
+            chip.*(Criteria[i].second) = QStringLiteral("v%1").arg(i);
+        for (const auto& [criterion, member] : Criteria) {
+            const QString own = chip.*member;
+            const bool version = member == &ChipInfo::deviceVersion;
+            for (const auto& [value, expected] : {std::make_pair(own, true), std::make_pair(own + "X", false),
+                                                  std::make_pair(own.toUpper(), false), std::make_pair(" " + own, false),
+                                                  std::make_pair(QStringLiteral("Any"), false), std::make_pair(QString(), true),
+                                                  std::make_pair(QString(QLatin1String("")), !version)}) {
+                ChipFilter filter;
+                filter.*criterion = value;
+                QVERIFY2(DEV::matchFilter(chip, filter) == expected, qPrintable(own + ": '" + value + "'"));
+            }
+        }
     }
 
+    // Criteria as "member=value", all of them applied, over the database in its order.
     void filterChips_data()
     {
-        QTest::addColumn<ChipFilter>("filter");
-        QTest::addColumn<QStringList>("expected");
-        const QString empty(QLatin1String(""));
-        const auto with = [](std::initializer_list<std::pair<QString ChipFilter::*, QString>> criteria) {
-            ChipFilter f;
-            for (const auto& c : criteria)
-                f.*(c.first) = c.second;
-            return f;
-        };
-        QTest::newRow("default keeps all, duplicates too")
-            << ChipFilter() << QStringList{"v-c", "v-b", "dup", "dup", "v-a", "any", "v-none"};
-        QTest::newRow("series") << with({{&ChipFilter::series, "S1"}}) << QStringList{"v-c", "v-a", "v-none"};
-        QTest::newRow("empty version: unversioned only")
-            << with({{&ChipFilter::deviceVersion, empty}}) << QStringList{"v-none"};
-        QTest::newRow("empty series is no criterion") << with({{&ChipFilter::series, empty}, {&ChipFilter::deviceVersion, empty}})
-                                                      << QStringList{"v-none"};
-        QTest::newRow("four criteria")
-            << with({{&ChipFilter::device, "DEV2"}, {&ChipFilter::package, "PKG1"}, {&ChipFilter::speed, "C6"},
-                     {&ChipFilter::matchKey, "MK1"}}) << QStringList{"v-b"};
-        QTest::newRow("case and number spelling count")
-            << with({{&ChipFilter::device, "DEV1"}, {&ChipFilter::voltage, "1.0V"}}) << QStringList{"v-c", "v-a", "v-none"};
-        QTest::newRow("Any as a value") << with({{&ChipFilter::series, "Any"}}) << QStringList{"any"};
-        QTest::newRow("nothing") << with({{&ChipFilter::series, "S1"}, {&ChipFilter::auxiliary, "AUX2"}}) << QStringList();
+        QTest::addColumn<L>("criteria");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("none keeps all, duplicates too") << L{} << "v-c v-b dup dup v-a v-none";
+        QTest::newRow("series") << L{"1=S1"} << "v-c v-a v-none";
+        QTest::newRow("empty version: unversioned only") << L{"4="} << "v-none";
+        QTest::newRow("four criteria") << L{"3=DEV2", "5=PKG1", "8=C6", "2=MK1"} << "v-b";
+        QTest::newRow("nothing") << L{"1=S1", "6=AUX2"} << "";
     }
     void filterChips()
     {
-        QFETCH(ChipFilter, filter);
-        QFETCH(QStringList, expected);
+        QFETCH(L, criteria);
+        QFETCH(QString, expected);
+        ChipFilter filter;
+        for (const QString& c : criteria)
+            filter.*(Criteria[c.section('=', 0, 0).toInt()].first) = c.section('=', 1);
         const QList<ChipInfo> chips = m_db->filterChips(filter);
-        QCOMPARE(TestHelpers::ids(chips), expected);
+        QCOMPARE(TestHelpers::ids(chips).join(' '), expected);
         const QList<DEV::DeviceArg> devices = m_db->filterDevice(filter);
         QCOMPARE(devices.size(), chips.size());
         for (int i = 0; i < chips.size(); ++i)
             QCOMPARE(TestHelpers::fields(devices.at(i)), TestHelpers::fields(chips.at(i)));
+    }
+
+    // The library's search against the literal reference, over random chips and searches, seeded so every run checks
+    // the same cases: records built one by one, and loaded ones that share equal values mixed with built ones that
+    // look equal but share nothing, and a duplicate far from its original.
+    void searchAgreesWithReference()
+    {
+        QRandomGenerator rng(20261121u);
+        const auto choose = [&rng](int n) { return int(rng.bounded(n)); };
+        const QList<ChipInfo> built = Reference::randomChips(choose, 300);
+        TestHelpers::MessageCapture capture;
+        QList<ChipInfo> loaded = Reference::loadedCopy(built, m_files.path(QStringLiteral("chips.csv")));
+        loaded << built.mid(0, 100) << loaded.first(); // equal values, some shared and some not; a far duplicate
+        const int loadMessages = capture.count(); // short lines are reported
+        int matched = 0;
+        for (int round = 0; round < 300; ++round) {
+            const ChipFilterBySearch f = Reference::randomSearch(choose);
+            const QList<ChipInfo>& chips = round % 2 ? built : loaded;
+            const QString difference = Reference::disagreement(*m_db, chips, f);
+            QVERIFY2(difference.isEmpty(), qPrintable(difference));
+            matched += m_db->filterChips(f, chips).size() * 1000 / chips.size();
+        }
+        // Guard against a generator that only ever produces one answer.
+        QVERIFY(matched > 300 * 50 && matched < 300 * 950);
+        QCOMPARE(capture.count(), loadMessages); // a pattern that is not a valid expression is not reported
     }
 };
 

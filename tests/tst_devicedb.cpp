@@ -1,15 +1,59 @@
-// Look-ups of the database: by part number, by part number and match key,
-// by device identifier (with the zr9k31 renumbering), and the whole lists.
+// The database: DeviceArg, how a data file becomes the list (exact cases, then the plain reference loader on random
+// and hostile files), the messages a host's log shows, the look-ups, and the process-wide database on the bundled
+// catalogue, from many threads at once (also under ThreadSanitizer).
 
+#include "chipfilter.h"
+#include "reference/reference.h"
 #include "testhelpers.h"
 
-#include <QTest>
+#include <functional>
+#include <thread>
 
 using DEV::ChipInfo;
 using DEV::DeviceArg;
 using DEV::DeviceDb;
-using TestHelpers::ids;
-using TestHelpers::line19;
+using TestHelpers::fields;
+using TestHelpers::MessageCapture;
+using L = QStringList;
+
+namespace {
+
+// Records of one version have no defined order: the versions in list order, then the records sorted.
+L canonical(const QList<ChipInfo>& chips)
+{
+    L versions, records;
+    for (const ChipInfo& c : chips)
+        versions << c.deviceVersion, records << fields(c).join(QLatin1Char('|'));
+    records.sort();
+    return versions + records;
+}
+
+/// Lines of random columns made of pieces that trouble a loader: blanks, multi-byte and broken UTF-8, NUL, CR,
+/// quotes, byte-order marks.
+QByteArray randomFile(QRandomGenerator& rng)
+{
+    static const QList<QByteArray> pieces{"", " ", "\t", "A", "B", "b", "zr9k31a-015", "72Kb", " 64 ", "\xC2\xB5",
+                                          "\xE6\x97\xA5", "\xC3", "\x80", "\xFF", "\"", "\\", QByteArray(1, '\0'), "\r",
+                                          "\xEF\xBB\xBF", "\r\n", "\n\n"};
+    static const QList<QByteArray> boms{"", "", "", "\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"};
+    QByteArray file = boms.at(int(rng.bounded(boms.size())));
+    for (int n = int(rng.bounded(400)); n > 0; --n)
+        file += rng.bounded(3) == 0 ? "," : rng.bounded(25) == 0 ? QByteArray("\n") : pieces.at(int(rng.bounded(pieces.size())));
+    return file;
+}
+
+// Starts eight threads that wait for each other and then run job(i).
+void runTogether(const std::function<void(int)>& job)
+{
+    std::atomic<int> ready{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back([&, i] { for (++ready; ready.load() < 8;) std::this_thread::yield(); job(i); });
+    for (std::thread& t : threads)
+        t.join();
+}
+
+} // namespace
 
 class TestDeviceDb : public QObject
 {
@@ -19,115 +63,179 @@ private:
     TestHelpers::Catalogues m_files;
     std::unique_ptr<DeviceDb> m_db;
 
-private slots:
+private Q_SLOTS:
     void initTestCase()
     {
-        // Distinct versions wherever the order matters: equal versions have none.
-        m_db = m_files.load(line19("id-shared-1", "PN-SHARED", "A", "S1", "K1") + line19("zr9k31a-015", "PN-15", "C")
-                            + line19("id-shared-3", "PN-SHARED", "", "S1", "K3") + line19("zr9k31-013", "PN-OLD", "D")
-                            + line19("id-shared-2", "PN-SHARED", "B", "S1", "K2") + line19("zr9k31-006", "PN-06", "E")
-                            + line19("dup", "PN-DUP-1", "G") + line19("dup", "PN-DUP-2", "F")
-                            + line19("", "PN-NO-ID", "H", "S1", ""));
-        QCOMPARE(ids(m_db->allChipInfo()), (QStringList{"", "dup", "dup", "zr9k31-006", "zr9k31-013", "zr9k31a-015",
-                                                        "id-shared-2", "id-shared-1", "id-shared-3"}));
+        // Files without a byte-order mark are decoded with the locale's codec.
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+        // Versions H to "" run down the database; equal versions would have no order.
+        m_db = m_files.load("id-shared-1,PN-SHARED,S1,K1,D,A,P,V\nzr9k31a-015,PN-15,S1,MK,D,C,P,V\n"
+                            "id-shared-3,PN-SHARED,S1,K3,D,,P,V\nzr9k31-013,PN-OLD,S1,MK,D,D,P,V\n"
+                            "id-shared-2,PN-SHARED,S1,K2,D,B,P,V\nzr9k31-006,PN-06,S1,MK,D,E,P,V\n"
+                            "dup,PN-DUP-1,S1,MK,D,G,P,V\ndup,PN-DUP-2,S1,MK,D,F,P,V\n,PN-NO-ID,S1,,D,H,P,V\n");
+        // A database registers the type that the selector's signal carries.
+        QVERIFY(QMetaType::type("DEV::DeviceArg") != QMetaType::UnknownType);
     }
 
-    void allDeviceKeepsEveryRecord()
+    // Two DeviceArg values are equal when their device ids are; nothing else counts. Assignment and allDevice() carry
+    // all eleven members.
+    void deviceArg()
     {
-        const QList<DeviceArg> devices = m_db->allDevice();
-        QCOMPARE(devices.size(), m_db->allChipInfo().size());
-        for (int i = 0; i < devices.size(); ++i)
-            QCOMPARE(TestHelpers::fields(devices.at(i)), TestHelpers::fields(m_db->allChipInfo().at(i)));
+        DeviceArg a, b;
+        a.partNumber = QStringLiteral("PN-A");
+        QVERIFY(a == b && !(a != b));
+        b.deviceId = QStringLiteral("a-1");
+        QVERIFY(a != b && !(a == b));
+        const ChipInfo chip = m_files.load("m0,m1,m2,m3,m4,m5,m6,m7,m8,m9,r1,r2")->allChipInfo().value(0);
+        a.resources << QStringLiteral("3");
+        QCOMPARE(&(a = DeviceArg(chip)), &a);
+        QCOMPARE(fields(a), L({"m0", "m1", "m2", "m3", "m4", "m5", "m6", "m7", "m8", "m9", "2:r1|r2"}));
+        QCOMPARE(m_db->allDevice().size(), 9);
+        for (int row = 0; row < 9; ++row)
+            QCOMPARE(fields(m_db->allDevice().at(row)), fields(m_db->allChipInfo().at(row)));
     }
 
-    void findByPN_data()
+    // Lines of more than seven columns become records, text trimmed and counts as they stand, newest version first;
+    // others are reported.
+    void linesToRecords()
     {
-        QTest::addColumn<QString>("pn");
-        QTest::addColumn<QStringList>("expected");
-        QTest::newRow("shared by three, database order")
-            << "PN-SHARED" << QStringList{"id-shared-2", "id-shared-1", "id-shared-3"};
-        QTest::newRow("other case") << "pn-shared" << QStringList();
-        QTest::newRow("trailing blank") << "PN-SHARED " << QStringList();
-        QTest::newRow("prefix") << "PN-SH" << QStringList();
-    }
-    void findByPN()
-    {
-        QFETCH(QString, pn);
-        QFETCH(QStringList, expected);
-        QCOMPARE(ids(m_db->findByPN(pn)), expected);
-    }
-
-    void find_data()
-    {
-        QTest::addColumn<QString>("pn");
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("expectedPn");
-        QTest::newRow("both right") << "PN-SHARED" << "K3" << "PN-SHARED";
-        QTest::newRow("wrong second key") << "PN-SHARED" << "K9" << "";
-        QTest::newRow("second key in other case") << "PN-SHARED" << "k3" << "";
-        QTest::newRow("key of another part number") << "PN-15" << "K3" << "";
-        QTest::newRow("empty key matches an empty key") << "PN-NO-ID" << "" << "PN-NO-ID";
-    }
-    void find()
-    {
-        QFETCH(QString, pn);
-        QFETCH(QString, key);
-        QFETCH(QString, expectedPn);
-        const ChipInfo c = m_db->find(pn, key);
-        QCOMPARE(c.partNumber, expectedPn);
-        if (!expectedPn.isEmpty())
-            QCOMPARE(c.matchKey, key);
+        MessageCapture capture;
+        const DeviceDb db(m_files.write("3,p,s,k,d, A,a,u\na,b,c,d,e,f,g\n4,p,s,k,d,  ,a,u\n1,p,s,k,d,b ,a,u\n"
+                                        " 2 ,\tp ,s,k,d, B ,a,u,c, x\t, 64 ,72Kb , ,4,5,6,7,8,9,10,11,12,13,14,15\n"));
+        L records;
+        for (const ChipInfo& c : db.allChipInfo())
+            records << fields(c).join(QLatin1Char(','));
+        QCOMPARE(records, (L{"1,p,s,k,d,b,a,u,,,0:", "2,p,s,k,d,B,a,u,c,x,15: 64 |72Kb | |4|5|6|7|8|9|10|11|12|13|14|15",
+                             "3,p,s,k,d,A,a,u,,,0:", "4,p,s,k,d,,a,u,,,0:"}));
+        // A file that cannot be opened is reported and leaves an empty database.
+        const DeviceDb none(m_files.path(QStringLiteral("none.csv")));
+        QCOMPARE(capture.criticals(), (L{"incorrect device info entry \"a,b,c,d,e,f,g\"",
+                                         "can not opend device data file:  \"" + m_files.path("none.csv") + '"'}));
+        QCOMPARE(capture.count(), 2);
+        QVERIFY(none.allChipInfo().isEmpty() && none.allDevice().isEmpty());
+        QCOMPARE(fields(none.findByID(QStringLiteral("zr9k31-013"))), fields(ChipInfo()));
     }
 
-    void compatTable_data()
+    // Loaded chips share equal values, down to whole lists of counts: a catalogue repeats them on thousands of lines.
+    void equalValuesShared()
     {
-        QTest::addColumn<QString>("id");
-        QTest::addColumn<QString>("translated");
-        // Old numbers and the new ones they became; everything else stays as it is.
-        const QStringList from{"000", "013", "009", "006", "014", "011", "004", "002", "008", "007", "001"};
-        const QStringList to{"000", "015", "021", "009", "024", "018", "012", "003", "006", "028", "027"};
+        const auto db = m_files.load("a,p1,S,k,d,v,P,V,c,x,1,2\nb,p2,S,k,d,w,P,V,c,x,1,2\nc,p3,S,k,d,v,P,V,c,x,1,3\n");
+        const ChipInfo p1 = db->findByPN("p1").value(0), p2 = db->findByPN("p2").value(0), p3 = db->findByPN("p3").value(0);
+        QVERIFY(p1.series.constData() == p3.series.constData() && p1.resources.isSharedWith(p2.resources));
+        QVERIFY(!p1.resources.isSharedWith(p3.resources) && p1.resources.at(0).constData() == p3.resources.at(0).constData());
+    }
+
+    // The same records, member for member, and the same messages as the plain loader gives.
+    void agreesWithReferenceLoader_data()
+    {
+        QTest::addColumn<QByteArray>("localeCodec");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("random files, UTF-8 locale") << QByteArray("UTF-8") << QByteArray();
+        QTest::newRow("random files, Latin-1 locale") << QByteArray("ISO-8859-1") << QByteArray();
+        const QString text = QStringLiteral("id,PN-\u00B5,s,k,d,B,p,v,c,x,1,2\nbad,line\nid2,PN2,s,k,d,,p,v\n");
+        for (const char* name : {"UTF-16LE", "UTF-16BE", "UTF-32LE", "UTF-32BE"}) {
+            const std::unique_ptr<QTextEncoder> withMark(QTextCodec::codecForName(name)->makeEncoder());
+            QTest::newRow(name) << QByteArray("UTF-8") << withMark->fromUnicode(text);
+        }
+        // Lines across the loader's read blocks, a multi-byte character cut by a block edge, a 10 MiB line and one of
+        // 10,000 columns.
+        QByteArray large;
+        for (int i = 0; large.size() < 3 * 1024 * 1024; ++i)
+            large += TestHelpers::chipLine("id\xC2\xB5" + QByteArray::number(i), "PN-\xE6\x97\xA5" + QByteArray::number(i),
+                                           "S1", "DEV1", QByteArray(1, char('A' + i % 5)));
+        large += QByteArray(10 * 1024 * 1024, 'x') + "\nid,PN-WIDE,s,k,d,,p,v,c,x";
+        for (int i = 0; i < 9990; ++i)
+            large += ',' + QByteArray::number(i);
+        QTest::newRow("large file") << QByteArray("UTF-8") << large;
+    }
+    void agreesWithReferenceLoader()
+    {
+        QFETCH(QByteArray, localeCodec);
+        QFETCH(QByteArray, bytes);
+        QTextCodec* saved = QTextCodec::codecForLocale();
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName(localeCodec));
+        QRandomGenerator rng(20261121);
+        for (int i = 0; i < (bytes.isEmpty() ? 1500 : 1) && !QTest::currentTestFailed(); ++i) {
+            const QString path = m_files.write(bytes.isEmpty() ? randomFile(rng) : bytes);
+            MessageCapture referenceMessages;
+            const QList<ChipInfo> expected = Reference::loadDataFile(path);
+            const L expectedMessages = referenceMessages.criticals();
+            MessageCapture capture;
+            const DeviceDb db(path);
+            QCOMPARE(capture.criticals(), expectedMessages);
+            QCOMPARE(canonical(db.allChipInfo()), canonical(expected));
+        }
+        QTextCodec::setCodecForLocale(saved);
+    }
+
+    // findByPN() lists every chip, in database order; find() and findByID() give the first one, or an empty record
+    // ("none"). Only the translation zr9k31a-009 of the old zr9k31-006 is looked up, and the file lacks it.
+    void lookups()
+    {
+        const auto found = [](const QList<ChipInfo>& chips) {
+            L out;
+            for (const ChipInfo& c : chips)
+                out << (fields(c) == fields(ChipInfo()) ? QStringLiteral("none") : c.deviceId + '/' + c.partNumber);
+            return out.join(' ');
+        };
+        QCOMPARE(found(m_db->findByPN("PN-SHARED")), "id-shared-2/PN-SHARED id-shared-1/PN-SHARED id-shared-3/PN-SHARED");
+        QCOMPARE(found(m_db->findByPN("pn-shared") + m_db->findByPN("PN-SH")), "");
+        QCOMPARE(found({m_db->find("PN-SHARED", "K3"), m_db->find("PN-SHARED", "k3"), m_db->find("PN-15", "K3"),
+                        m_db->find("PN-NO-ID", "")}), "id-shared-3/PN-SHARED none none /PN-NO-ID");
+        QCOMPARE(found({m_db->findByID("zr9k31a-015"), m_db->findByID("zr9k31-013"), m_db->findByID("zr9k31-006"),
+                        m_db->findByID("dup"), m_db->findByID(""), m_db->findByID("ZR9K31A-015")}),
+                 "zr9k31a-015/PN-15 zr9k31a-015/PN-15 none dup/PN-DUP-1 /PN-NO-ID none");
+    }
+
+    // Eleven old ids were renamed; anything else, even nearly the same, stays.
+    void renamedIds()
+    {
+        const L from{"000", "013", "009", "006", "014", "011", "004", "002", "008", "007", "001"};
+        const L to{"000", "015", "021", "009", "024", "018", "012", "003", "006", "028", "027"};
         for (int i = 0; i < from.size(); ++i)
-            QTest::newRow(qPrintable(from.at(i))) << "zr9k31-" + from.at(i) << "zr9k31a-" + to.at(i);
+            QCOMPARE(DEV::deviceIdCompatFor9k31("zr9k31-" + from.at(i)), "zr9k31a-" + to.at(i));
         for (const char* same : {"zr9k31a-015", "zr9k31-003", "ZR9K31-013", "zr9k31-013 ", " zr9k31-013", ""})
-            QTest::newRow(same) << same << same;
-    }
-    void compatTable()
-    {
-        QFETCH(QString, id);
-        QFETCH(QString, translated);
-        QCOMPARE(DEV::deviceIdCompatFor9k31(id), translated);
+            QCOMPARE(DEV::deviceIdCompatFor9k31(QString::fromLatin1(same)), QString::fromLatin1(same));
     }
 
-    void findByID_data()
+    // Concurrent first calls share one load of the catalogue beside the program, <program
+    // dir>/../data/device/device_info.csv, here the bundled one: it loads without complaint, every line complete, and
+    // holds every chip an old identifier is translated to. The const queries from many threads give what they give on
+    // one; a copy handed out may be changed by its owner without touching the database.
+    void instanceFromManyThreads()
     {
-        QTest::addColumn<QString>("id");
-        QTest::addColumn<QString>("expectedPn");
-        QTest::newRow("current id") << "zr9k31a-015" << "PN-15";
-        QTest::newRow("old id finds the current one") << "zr9k31-013" << "PN-15";
-        // Only the translation zr9k31a-009 is looked up, which the file lacks.
-        QTest::newRow("file lists only the old id") << "zr9k31-006" << "";
-        QTest::newRow("first of two with one id") << "dup" << "PN-DUP-1";
-        QTest::newRow("unknown") << "nope" << "";
-        QTest::newRow("other case") << "ZR9K31A-015" << "";
-        QTest::newRow("trailing blank") << "zr9k31a-015 " << "";
-        QTest::newRow("empty id finds the record without one") << "" << "PN-NO-ID";
-    }
-    void findByID()
-    {
-        QFETCH(QString, id);
-        QFETCH(QString, expectedPn);
-        QCOMPARE(m_db->findByID(id).partNumber, expectedPn);
-    }
-
-    void missingFileAnswersEmpty()
-    {
-        TestHelpers::MessageCapture capture;
-        DeviceDb db(m_files.path(QStringLiteral("missing.csv")));
-        QVERIFY(db.allChipInfo().isEmpty());
-        QVERIFY(db.allDevice().isEmpty());
-        QVERIFY(db.findByPN(QString()).isEmpty());
-        QVERIFY(db.find(QString(), QString()).partNumber.isNull());
-        QVERIFY(db.findByID(QStringLiteral("zr9k31-013")).deviceId.isNull());
+        MessageCapture capture;
+        std::vector<DeviceDb*> seen(8, nullptr);
+        runTogether([&](int i) { seen[size_t(i)] = DeviceDb::instance(); });
+        QCOMPARE(std::count(seen.begin(), seen.end(), DeviceDb::instance()), 8L);
+        QCOMPARE(capture.count(), 0);
+        const DeviceDb* db = DeviceDb::instance();
+        QVERIFY(db->allChipInfo().size() > 400);
+        for (const ChipInfo& chip : db->allChipInfo())
+            QVERIFY(!chip.deviceId.isEmpty() && !chip.partNumber.isEmpty() && chip.resources.size() >= 9);
+        for (const char* old : {"000", "013", "009", "006", "014", "011", "004", "002", "008", "007", "001"})
+            QCOMPARE(db->findByID("zr9k31-" + QString(old)).deviceId, DEV::deviceIdCompatFor9k31("zr9k31-" + QString(old)));
+        const auto answers = [db] {
+            L out;
+            for (int round = 0; round < 40; ++round) {
+                const ChipInfo chip = db->allChipInfo().at(round * 7);
+                DEV::ChipFilter series;
+                series.series = chip.series;
+                const DEV::ChipFilterBySearch search{round % 3 * 2, round % 4, false, chip.partNumber.left(round % 9 + 1)};
+                out << db->findByID(chip.deviceId).partNumber << QString::number(db->findByPN(chip.partNumber).size())
+                    << QString::number(db->filterChips(search, db->filterChips(series)).size());
+            }
+            return out;
+        };
+        const L expected = answers();
+        std::atomic<int> failures{0};
+        runTogether([&](int) {
+            QList<ChipInfo> copy = db->allChipInfo();
+            copy[0].partNumber = QStringLiteral("changed");
+            failures += answers() != expected || db->allDevice().size() != copy.size()
+                || db->allChipInfo().at(0).partNumber == QLatin1String("changed");
+        });
+        QCOMPARE(failures.load(), 0);
     }
 };
 

@@ -1,33 +1,16 @@
-// A host of the installed library. It includes headers both ways a host may
-// (<Device/x.h> and <x.h>), uses the database, a filter, the search field and
-// the generated form, and prints what it found for scripts/consumer-test to
-// compare against the catalogue.
-//
-//   consumer [DATA_FILE]
-//
-// Without DATA_FILE it uses DeviceDb::instance(), i.e. the catalogue at
-// <program dir>/../data/device/device_info.csv.
+// A host of the installed library: scripts/consumer-test builds it through find_package and pkg-config and compares
+// what it prints, for a data file or else the catalogue beside bin/, with that catalogue.
 
-#include <Device/devicedb.h>
+#include <Device/devicedb.h> // hosts may include <Device/x.h> or <x.h>; both must work
 #include <chipfilter.h>
 #include <searchlineedit.h>
 #include <ui_deviceselector.h>
 
 #include <QAction>
 #include <QApplication>
-#include <QWidget>
 
 #include <cstdio>
 #include <memory>
-
-namespace {
-
-void print(const QString& line)
-{
-    std::printf("%s\n", line.toUtf8().constData());
-}
-
-} // namespace
 
 int main(int argc, char** argv)
 {
@@ -35,51 +18,27 @@ int main(int argc, char** argv)
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
+    const std::unique_ptr<DEV::DeviceDb> own(argc > 1 ? new DEV::DeviceDb(QString::fromLocal8Bit(argv[1])) : nullptr);
+    const DEV::DeviceDb* db = own ? own.get() : DEV::DeviceDb::instance();
 
-    std::unique_ptr<DEV::DeviceDb> own;
-    DEV::DeviceDb* db = nullptr;
-    if (argc > 1) {
-        own = std::make_unique<DEV::DeviceDb>(QString::fromLocal8Bit(argv[1]));
-        db = own.get();
-    } else {
-        db = DEV::DeviceDb::instance();
-    }
-
-    const QList<DEV::ChipInfo> all = db->allChipInfo();
-    print(QStringLiteral("chips %1").arg(all.size()));
-
-    const QList<DEV::ChipInfo> byPn = db->findByPN(QStringLiteral("ZR9K31AA-LVBG484C6/I5"));
-    if (byPn.size() != 1) {
-        print(QStringLiteral("part number found %1 times").arg(byPn.size()));
-        return 1;
-    }
-    const DEV::ChipInfo& chip = byPn.first();
-    print(QStringLiteral("part %1 %2 %3 %4 %5 %6 %7")
-              .arg(chip.partNumber, chip.deviceId, chip.series, chip.device, chip.package,
-                   chip.voltage, chip.speed));
-
-    // An old identifier resolves to the current one.
-    print(QStringLiteral("id zr9k31-013 -> %1").arg(db->findByID(QStringLiteral("zr9k31-013")).deviceId));
-
+    const QList<DEV::ChipInfo> byPn = db->findByPN("ZR9K31AA-LVBG484C6/I5");
+    const DEV::ChipInfo chip = byPn.size() == 1 ? byPn.first() : DEV::ChipInfo(); // else an empty part line
     DEV::ChipFilter filter;
     filter.series = chip.series;
     filter.package = chip.package;
-    print(QStringLiteral("filter %1 %2 %3")
-              .arg(chip.series, chip.package)
-              .arg(db->filterChips(filter).size()));
-
     DEV::SearchLineEdit search;
     search.caseSensitiveAction->trigger();
     search.rangeActions.at(2)->trigger();
-    print(QStringLiteral("search group %1 case %2 ranges %3")
-              .arg(search.filterGroup())
-              .arg(search.caseSensitiveAction->isChecked() ? QStringLiteral("on") : QStringLiteral("off"))
-              .arg(search.rangeActions.size()));
-
     QWidget selector;
     DEV::Ui_DeviceSelector form;
     form.setupUi(&selector);
-    print(QStringLiteral("form %1 %2").arg(selector.objectName(), form.cbPackage->objectName()));
 
-    return 0;
+    const QString part = QStringList{"part", chip.partNumber, chip.deviceId, chip.series, chip.device, chip.package,
+                                     chip.voltage, chip.speed}.join(QLatin1Char(' '));
+    std::printf("chips %d\n%s\nid zr9k31-013 -> %s\nfilter %s %s %d\nsearch group %d case %s ranges %d\nform %s %s\n",
+                db->allChipInfo().size(), qPrintable(part), qPrintable(db->findByID("zr9k31-013").deviceId),
+                qPrintable(chip.series), qPrintable(chip.package), db->filterChips(filter).size(), search.filterGroup(),
+                search.caseSensitiveAction->isChecked() ? "on" : "off", search.rangeActions.size(),
+                qPrintable(selector.objectName()), qPrintable(form.cbPackage->objectName()));
+    return chip.deviceId.isEmpty() ? 1 : 0;
 }

@@ -1,0 +1,211 @@
+#ifndef DEV_REFERENCE_H
+#define DEV_REFERENCE_H
+
+// The loader, the search and the column order written the slow, obvious way: a text stream read line by line, a list
+// of values per chip with a fresh pattern per value, two cell texts compared as they stand. The library's fast paths
+// must give the same answers; the tests, the fuzzers and the benchmarks compare against these, on chips drawn here
+// from whatever source of numbers (choose(n) answers below n) they bring.
+
+#include "chipfilter.h"
+#include "devicedb.h"
+
+#include <QAbstractItemModel>
+#include <QDebug>
+#include <QFile>
+#include <QRegExp>
+#include <QTextStream>
+
+#include <algorithm>
+
+namespace Reference {
+
+inline QList<DEV::ChipInfo> loadDataFile(const QString& fileName)
+{
+    QList<DEV::ChipInfo> chips;
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        qCritical() << "can not opend device data file: " << fileName;
+        return chips;
+    }
+    QTextStream in(&file);
+    while (!in.atEnd()) {
+        const QString line = in.readLine();
+        const QStringList parts = line.split(QLatin1Char(','), Qt::KeepEmptyParts, Qt::CaseSensitive);
+        if (line.isEmpty() || parts.size() <= 7) {
+            if (!line.isEmpty())
+                qCritical() << "incorrect device info entry" << line;
+            continue;
+        }
+        DEV::ChipInfo info;
+        QString* const members[] = {&info.deviceId, &info.partNumber, &info.series, &info.matchKey, &info.device,
+                                    &info.deviceVersion, &info.package, &info.voltage, &info.speed, &info.auxiliary};
+        for (int i = 0; i < 10; ++i) // a missing speed or auxiliary reads as empty, not null
+            *members[i] = i < parts.size() ? parts.at(i).trimmed() : QString(QLatin1String(""));
+        info.resources = parts.mid(10);
+        chips.append(info);
+    }
+    std::sort(chips.begin(), chips.end(), [](const DEV::ChipInfo& a, const DEV::ChipInfo& b) {
+        return a.deviceVersion.compare(b.deviceVersion, Qt::CaseSensitive) > 0;
+    });
+    return chips;
+}
+
+inline QStringList searchedValues(const DEV::ChipInfo& c, int group)
+{
+    if (group >= 8 && group <= 16) // IO to PLL; a missing count reads as empty
+        return {c.resources.value(group - 8, QString(QLatin1String("")))};
+    if (group >= 1 && group <= 7)
+        return {QStringList{c.series, c.partNumber, c.device, c.deviceVersion, c.package, c.speed, c.voltage}.at(group - 1)};
+    return QStringList{c.series, c.partNumber, c.matchKey, c.device, c.package, c.auxiliary, c.voltage} + c.resources;
+}
+
+inline bool matchSearch(const DEV::ChipInfo& chip, const DEV::ChipFilterBySearch& filter)
+{
+    const Qt::CaseSensitivity cs = filter.caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
+    for (const QString& v : searchedValues(chip, filter.group)) {
+        // The table shows an empty count as 0, so "0" finds empty values.
+        if (filter.pattern == QLatin1String("0") && v.isEmpty())
+            return true;
+        const bool match = filter.patternSyntax == 0 || filter.patternSyntax == 1
+            ? QRegExp(filter.pattern, cs, filter.patternSyntax ? QRegExp::RegExp : QRegExp::WildcardUnix).exactMatch(v)
+            : filter.patternSyntax == 2 ? filter.pattern.compare(v, cs) == 0 : v.indexOf(filter.pattern, 0, cs) != -1;
+        if (match)
+            return true;
+    }
+    return false;
+}
+
+/// Empty when the library answers like the reference for every chip, one by one and as a list; otherwise the first
+/// difference.
+inline QString disagreement(const DEV::DeviceDb& db, const QList<DEV::ChipInfo>& chips, const DEV::ChipFilterBySearch& f)
+{
+    const QString search = QStringLiteral("group %1, syntax %2, case %3, pattern \"%4\": ")
+                               .arg(f.group).arg(f.patternSyntax).arg(f.caseSensitive).arg(f.pattern);
+    QList<DEV::ChipInfo> expected;
+    for (const DEV::ChipInfo& chip : chips) {
+        if (DEV::matchFilter(chip, f) != matchSearch(chip, f))
+            return search + QStringLiteral("matchFilter differs on ") + chip.deviceId;
+        if (matchSearch(chip, f))
+            expected << chip;
+    }
+    const QList<DEV::ChipInfo> got = db.filterChips(f, chips);
+    for (int i = 0; i < qMax(got.size(), expected.size()); ++i) {
+        if (got.value(i).deviceId != expected.value(i).deviceId)
+            return search + QStringLiteral("filterChips differs at ") + QString::number(i);
+    }
+    return QString();
+}
+
+// Short values from small pools meet often enough to match. Non-ASCII ones include letters whose case folding lands
+// on ASCII (the Kelvin sign, the long s) and a surrogate pair; long ones are scanned in blocks, with a match or a
+// foreign letter near block edges. Now and then a null string, as in a default record.
+template <typename Choose>
+QString randomText(Choose& choose, bool pattern)
+{
+    static const char* const values[] = {"", "0", "00", "10", "a", "A", "ab", "AB", "aB", "x.y", "a*", "[a]", "?", "(",
+                                         "ZR1N", "zr1n-9", "C6/I5", " a", "\\", "\xE2\x84\xAA", "\xC5\xBF", "\xC3\x9F",
+                                         "a\xC3\x84""b", "\xF0\x9D\x90\x80k", "ZR9K31AQ113-MVPG256C7/I6",
+                                         "zr9k31aq113-mvpg256c7/i6", "xxxxxxxAByyyyyyyZR1Nzz", "xxxxxxxxxxxxxxx\xE2\x84\xAA"};
+    static const char* const patterns[] = {"0", "00", "", "*", "?", "a*", "A*", "*b", "[ab]*", "[!a]*", "[a-c]?", "a.c",
+                                           ".*", "^a", "(a|b)", "(", "[", "a{2}", "\\d+", "A", "ab", "zr1n", "*-9",
+                                           "\\", ")", "?*", "b$", "k", "S", "ss", "\xC3\xA4", "\xE2\x84\xAA", "pg256c7",
+                                           "MVPG256", "i6", "Q113-m", "/I5-A"};
+    if (choose(12) == 0)
+        return QString();
+    const QString text = QString::fromUtf8(pattern ? patterns[choose(int(std::size(patterns)))]
+                                                   : values[choose(int(std::size(values)))]);
+    return pattern && choose(3) == 0 ? text + randomText(choose, true) : text;
+}
+
+template <typename Choose>
+DEV::ChipFilterBySearch randomSearch(Choose& choose)
+{
+    const int group = choose(19) - 1, syntax = choose(6) - 1, caseSensitive = choose(2); // one beyond each end
+    return DEV::ChipFilterBySearch{group, syntax, caseSensitive == 1, randomText(choose, true)};
+}
+
+template <typename Choose>
+QList<DEV::ChipInfo> randomChips(Choose& choose, int count)
+{
+    QList<DEV::ChipInfo> chips;
+    for (int i = 0; i < count; ++i) {
+        DEV::ChipInfo c;
+        c.deviceId = QStringLiteral("chip-%1").arg(i);
+        for (QString* m : {&c.partNumber, &c.series, &c.matchKey, &c.device, &c.deviceVersion, &c.package, &c.voltage,
+                           &c.speed, &c.auxiliary})
+            *m = randomText(choose, false);
+        for (int k = choose(12); k > 0; --k) // short lists as well as longer ones
+            c.resources << randomText(choose, false);
+        chips << c;
+    }
+    return chips;
+}
+
+/// @p chips as a database loads them from a data file written to @p path: equal values then share their data, which
+/// the matcher may exploit.
+inline QList<DEV::ChipInfo> loadedCopy(const QList<DEV::ChipInfo>& chips, const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return {};
+    for (const DEV::ChipInfo& c : chips)
+        file.write((QStringList{c.deviceId, c.partNumber, c.series, c.matchKey, c.device, c.deviceVersion, c.package,
+                                c.voltage, c.speed, c.auxiliary} + c.resources).join(QLatin1Char(',')).toUtf8() + '\n');
+    file.close();
+    return DEV::DeviceDb(path).allChipInfo();
+}
+
+/// Below, at or above zero as the cell @p a sorts before, with or after @p b in the table's @p column.
+inline int compareCells(QString a, QString b, int column)
+{
+    if (column < 7)
+        return a.compare(b, Qt::CaseSensitive);
+    if (column >= 10 && column <= 13) {
+        a.remove(QStringLiteral("Kb"), Qt::CaseSensitive);
+        b.remove(QStringLiteral("Kb"), Qt::CaseSensitive);
+    }
+    const int x = a.toInt(nullptr, 10);
+    const int y = b.toInt(nullptr, 10);
+    return x < y ? -1 : int(x > y);
+}
+
+/// Empty when each row of @p model shows @p column in order with the row before.
+inline QString misordered(const QAbstractItemModel& model, int column, bool ascending)
+{
+    for (int row = 1; row < model.rowCount(); ++row) {
+        const QString before = model.index(row - 1, column).data().toString(), cell = model.index(row, column).data().toString();
+        if (compareCells(before, cell, column) * (ascending ? 1 : -1) > 0)
+            return QStringLiteral("row %1: '%2' after '%3'").arg(row).arg(cell, before);
+    }
+    return QString();
+}
+
+// Table rows full of ties and of texts that only some comparisons tell apart: texts that differ only after many equal
+// units or only by a trailing U+0000, counts that are not plain digits, "Kb" in odd places, short resource lists.
+// Every text cell starts with @p prefix.
+template <typename Choose>
+QList<DEV::ChipInfo> randomRows(Choose& choose, int count, const QString& prefix = QString())
+{
+    static const QStringList words = QStringList{"", "a", "A", "Z", "9", "10", " ", "LX9PK88", "\xc3\xa9", "\xef\xbf\xbf",
+                                                 "\xf0\x9f\x98\x80"} << QString(QChar(0));
+    static const QStringList counts{"", "0", "-3", "+4", " 5", "x", "007", "1234567890", "2147483648", "8Kb", "Kb8", "Kb",
+                                    "64KB", "2Mb", "16kb", "1Kb0Kb", "12KbKb", "0x10", "1234567890Kb", "7", "35", "-1Kb"};
+    QList<DEV::ChipInfo> rows;
+    for (int i = 0; i < count; ++i) {
+        DEV::ChipInfo c;
+        c.deviceId = QString::number(choose(count));
+        for (QString* m : {&c.partNumber, &c.series, &c.device, &c.deviceVersion, &c.package, &c.speed, &c.voltage}) {
+            *m = prefix;
+            for (int w = choose(7); w > 0; --w)
+                *m += words.at(choose(words.size()));
+        }
+        for (int k = choose(11); k > 0; --k)
+            c.resources << counts.at(choose(counts.size())) + (choose(2) ? "Kb" : "");
+        rows << c;
+    }
+    return rows;
+}
+
+} // namespace Reference
+
+#endif // DEV_REFERENCE_H

@@ -1,0 +1,147 @@
+// The example programs as processes, the way scripts run them (devicepicker's dialog answered by its
+// DEVICEPICKER_AUTOANSWER test aid), and the shipped German translation.
+
+#include "deviceselectordialog.h"
+#include "searchlineedit.h"
+#include "testhelpers.h"
+
+#include <QtWidgets>
+
+using TestHelpers::runProgram;
+using L = QStringList;
+
+class TestExamples : public QObject
+{
+    Q_OBJECT
+    TestHelpers::Catalogues m_files;
+
+private Q_SLOTS:
+    // "program|answer" and arguments, then the exact output. A line "program: ..." is the one-line error of status 2
+    // with nothing on standard output; nothing (or "0" from --count) is status 1; else 0.
+    void outputAndStatus_data()
+    {
+        QTest::addColumn<QString>("run");
+        QTest::addColumn<L>("arguments");
+        QTest::addColumn<QString>("expected");
+        QFile file(QStringLiteral(DEVICEQUERY_FIXTURE));
+        const L fixture = QString(file.open(QIODevice::ReadOnly) ? file.readAll() : "").split('\n', Qt::SkipEmptyParts);
+        const auto query = [](const char* tag, const L& arguments, const QString& expected) {
+            QTest::newRow(tag) << "devicequery" << L{"--data", DEVICEQUERY_FIXTURE} + arguments << expected;
+        };
+        // Chips by id, in the order expected; --csv prints their lines of the data file unchanged.
+        const auto select = [&](const char* tag, const L& arguments, const L& ids) {
+            QString csv;
+            for (const QString& id : ids)
+                csv += fixture.filter(QRegularExpression(QLatin1Char('^') + id + QLatin1Char(','))).value(0) + '\n';
+            query(tag, arguments + L{"--csv"}, csv);
+        };
+        query("table: columns padded but the last, empty and missing counts 0", {"--pn", "QA2-LVBG256C6"},
+              "Device ID  Part Number    Series  Device  Device Version  Package  Speed  Voltage  IO   LUT   FF    "
+              "ROM16  SSRAM  BSRAM  User Flash  DSP  PLL\nqa2-001    QA2-LVBG256C6  QA      QA2     A               "
+              "BG256    C6     1.0V     120  4608  4608  0      144Kb  180Kb  0           4    0\n");
+        query("csv header", {"--csv", "--header", "--pn", "QA1-LVQN32C5"}, "deviceId,partNumber,series,matchKey,device,"
+              "deviceVersion,package,voltage,speed,auxiliary,IO,LUT,FF,ROM16,SSRAM,BSRAM,User Flash,DSP,PLL\n"
+                  + fixture.first() + '\n');
+        query("json", {"--json", "--pn", "QA2-LVBG256C6"}, QJsonDocument::fromJson(R"([{"auxiliary":"ext",)"
+              R"("device":"QA2","deviceId":"qa2-001","deviceVersion":"A","matchKey":"QA2_BG256","package":"BG256",)"
+              R"("partNumber":"QA2-LVBG256C6","resources":["120","4608","4608","","144Kb","180Kb","","4"],)"
+              R"("series":"QA","speed":"C6","voltage":"1.0V"}])").toJson());
+        query("count", {"--count"}, "7\n");
+        query("count of nothing", {"--count", "--speed", "C9"}, "0\n");
+        select("newest device version first", {"--series", "QB"}, {"qb1-003", "qb1-002", "qb1-001"});
+        select("--version \"\": unversioned only", {"--series", "QA", "--version", ""}, {"qa1-001"});
+        select("old id resolves to new, filters apply", {"--id", "zr9k31-013", "--speed", "C6"}, {"zr9k31a-015"});
+        select("pn and another chip's key", {"--pn", "QB1-UVLQ144C7", "--key", "QB1_LQ144B"}, {});
+        select("search within the filters, group by name", {"--series", "QB", "--search", "c8", "--in", "SPEED"}, {"qb1-003"});
+        select("wildcard in group 2", {"--search", "qb1-uv*", "--in", "2", "--mode", "wildcard"}, {"qb1-002", "qb1-001"});
+        QTest::newRow("--version among others filters") << "devicequery" << L{"--count", "--version"}
+                                                         << "devicequery: missing value after '--version'\n";
+        QTest::newRow("repeated filter") << "devicequery" << L{"--series", "QA", "--series", "QB"}
+                                         << "devicequery: --series given more than once\n";
+        QTest::newRow("unreadable data file") << "devicequery" << L{"--data", "/nonexistent/x.csv"}
+                                              << "devicequery: cannot read data file: /nonexistent/x.csv\n";
+        QTest::newRow("unknown language") << "devicepicker" << L{"--lang", "xx"} << "devicepicker: no translation for language 'xx'\n";
+        QTest::newRow("nobody to answer") << "devicepicker" << L()
+                                          << "devicepicker: no display to show the dialog on (try --screenshot FILE)\n";
+        QTest::newRow("--version") << "devicequery" << L{"--version"} << "devicequery " DEVICE_VERSION "\n";
+        QTest::newRow("chosen: the old id picks its successor though both are listed; in German")
+            << "devicepicker|accept" << L{"--data", DEVICEQUERY_FIXTURE, "--preset", "zr9k31-013", "--lang", "de"}
+            << "deviceId: zr9k31a-015\npartNumber: ZR9K31AA-LVBG484C6\nseries: ZR9K\nmatchKey: ZR9K31A_BG484A\n"
+               "device: ZR9K31A\ndeviceVersion: C\npackage: BG484\nvoltage: 1.0V\nspeed: C6\nauxiliary:\n"
+               "resources: 215, 31104, 46656, , 1944Kb, 504Kb, , 27, 2\n";
+        QTest::newRow("cancelled, --json") << "devicepicker|reject" << L{"--preset", "zr9k31-013", "--json"} << "";
+        QTest::newRow("OK, nothing selected") << "devicepicker|accept" << L() << "";
+    }
+    void outputAndStatus()
+    {
+        QFETCH(QString, run);
+        QFETCH(L, arguments);
+        QFETCH(QString, expected);
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("DEVICEPICKER_AUTOANSWER"), run.section('|', 1));
+        const bool query = run.startsWith(QLatin1String("devicequery"));
+        const TestHelpers::Run r = runProgram(query ? DEVICEQUERY_PATH : DEVICEPICKER_PATH, arguments, environment);
+        const bool error = expected.startsWith(run.section('|', 0, 0) + ": ");
+        QCOMPARE(QString::fromUtf8(r.err), error ? expected : QString());
+        QCOMPARE(QString::fromUtf8(r.out), error ? QString() : expected);
+        QCOMPARE(r.status, error ? 2 : expected.isEmpty() || expected == QLatin1String("0\n") ? 1 : 0);
+    }
+
+    // On the bundled catalogue beside bin/; the README shows main.cpp's host example.
+    void bundledCatalogueScreenshotHelpAndReadme()
+    {
+        const L found = QString(runProgram(DEVICEQUERY_PATH, {"--id", "zr9k31-013", "--csv"}).out).split('\n', Qt::SkipEmptyParts);
+        QVERIFY(!found.isEmpty() && found.filter(QRegularExpression("^zr9k31a-015,")) == found);
+        const QString png = m_files.path("a.png");
+        QCOMPARE(runProgram(DEVICEPICKER_PATH, {"--screenshot", png, "--preset", "zr9k31-013"}).status, 0);
+        const QImage image = QImage(png, "PNG").convertToFormat(QImage::Format_RGB32);
+        QCOMPARE(image.size(), QSize(800, 450));
+        const auto* pixels = reinterpret_cast<const QRgb*>(image.constBits());
+        QVERIFY(QSet<QRgb>(pixels, pixels + 800 * 450).size() > 20); // a rendered dialog, not a blank canvas
+        const QByteArray help = runProgram(DEVICEQUERY_PATH, {"--help"}).out + runProgram(DEVICEPICKER_PATH, {"--help"}).out;
+        QVERIFY(help.startsWith("Usage: ") && help.contains("--search <TEXT>") && help.contains("--preset <ID>")
+                && !help.contains("AUTOANSWER"));
+        QFile main(QStringLiteral(DEVICEPICKER_MAIN)), readme(QStringLiteral(DEVICE_README));
+        QVERIFY(main.open(QIODevice::ReadOnly) && readme.open(QIODevice::ReadOnly));
+        const QString block = QString::fromUtf8(main.readAll()).section("[host-example]", 1, 1).section('\n', 1, -2);
+        QVERIFY2(block.contains("getSelectedChip(")
+                     && readme.readAll().contains(QString('\n' + block).replace("\n    ", "\n").toUtf8()),
+                 "README.md does not show main.cpp's [host-example] block, one level less indented");
+    }
+
+    // Refreshed by lupdate, the file stays as it is unless a text was added to or dropped from the code.
+    void translationCompleteAndInStepWithTheSources()
+    {
+        const QString shipped = DEVICE_SOURCE_DIR "/translations/device_de.ts", fresh = m_files.path("de.ts");
+        QVERIFY(QFile::copy(shipped, fresh) && QFile::setPermissions(fresh, QFile::ReadOwner | QFile::WriteOwner));
+        const L arguments{DEVICE_SOURCE_DIR "/device/ui", "-no-obsolete", "-locations", "none", "-ts", fresh};
+        QCOMPARE(runProgram(QStringLiteral(DEVICE_LUPDATE), arguments).status, 0);
+        QFile before(shipped), after(fresh);
+        QVERIFY(before.open(QIODevice::ReadOnly) && after.open(QIODevice::ReadOnly));
+        const QByteArray text = before.readAll();
+        QVERIFY(text.contains("<translation>") && !text.contains("unfinished") && !text.contains("<translation></"));
+        QCOMPARE(after.readAll(), text);
+    }
+
+    // The dialog in German; the headers and the search menu stay English.
+    void dialogInGerman()
+    {
+        QTranslator german;
+        QVERIFY(german.load("device_de", DEVICE_QM_DIR) && qApp->installTranslator(&german));
+        const auto db = m_files.load(TestHelpers::chipLine("x-1", "PN-1"));
+        DEV::DeviceSelectorDialog dialog(db.get());
+        L texts{dialog.windowTitle()};
+        for (const char* name : {"label", "label_2", "label_3", "label_5", "label_4", "matchCountLabel"})
+            texts << dialog.findChild<QLabel*>(QLatin1String(name))->text();
+        auto* search = dialog.findChild<DEV::SearchLineEdit*>();
+        QTest::keyClicks(search, QStringLiteral("PN-1"));
+        texts << dialog.findChild<QLabel*>(QStringLiteral("matchCountLabel"))->text()
+              << dialog.findChild<QAbstractItemModel*>()->headerData(13, Qt::Horizontal).toString()
+              << search->rangeActions.first()->text() << search->matchAnywhereAction->text();
+        QCOMPARE(texts, (L{"Baustein auswählen", "Serie:", "Baustein:", "Gehäuse:", "Geschwindigkeit:", "Suche:",
+                           "(0 Treffer)", "(1 Treffer)", "User Flash", "All", "Match anywhere"}));
+    }
+};
+
+QTEST_MAIN(TestExamples)
+#include "tst_examples.moc"
