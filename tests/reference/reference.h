@@ -104,7 +104,7 @@ QString randomText(Choose& choose, bool pattern)
 {
     static const char* const values[] = {"", "0", "00", "10", "a", "A", "ab", "AB", "aB", "x.y", "a*", "[a]", "?", "(",
                                          "ZR1N", "zr1n-9", "C6/I5", " a", "\\", "\xE2\x84\xAA", "\xC5\xBF", "\xC3\x9F",
-                                         "a\xC3\x84""b", "\xF0\x9D\x90\x80k", "ZR9K31AQ113-MVPG256C7/I6",
+                                         "a\u00C4b", "\xF0\x9D\x90\x80k", "ZR9K31AQ113-MVPG256C7/I6",
                                          "zr9k31aq113-mvpg256c7/i6", "xxxxxxxAByyyyyyyZR1Nzz", "xxxxxxxxxxxxxxx\xE2\x84\xAA"};
     static const char* const patterns[] = {"0", "00", "", "*", "?", "a*", "A*", "*b", "[ab]*", "[!a]*", "[a-c]?", "a.c",
                                            ".*", "^a", "(a|b)", "(", "[", "a{2}", "\\d+", "A", "ab", "zr1n", "*-9",
