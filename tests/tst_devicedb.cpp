@@ -69,12 +69,14 @@ private Q_SLOTS:
         // Files without a byte-order mark are decoded with the locale's codec.
         QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
         // Versions H to "" run down the database; equal versions would have no order.
-        m_db = m_files.load("id-shared-1,PN-SHARED,S1,K1,D,A,P,V\nzr9k31a-015,PN-15,S1,MK,D,C,P,V\n"
-                            "id-shared-3,PN-SHARED,S1,K3,D,,P,V\nzr9k31-013,PN-OLD,S1,MK,D,D,P,V\n"
-                            "id-shared-2,PN-SHARED,S1,K2,D,B,P,V\nzr9k31-006,PN-06,S1,MK,D,E,P,V\n"
-                            "dup,PN-DUP-1,S1,MK,D,G,P,V\ndup,PN-DUP-2,S1,MK,D,F,P,V\n,PN-NO-ID,S1,,D,H,P,V\n");
-        // A database registers the type that the selector's signal carries.
+        const QString path = m_files.write("id-shared-1,PN-SHARED,S1,K1,D,A,P,V\nzr9k31a-015,PN-15,S1,MK,D,C,P,V\n"
+                                           "id-shared-3,PN-SHARED,S1,K3,D,,P,V\nzr9k31-013,PN-OLD,S1,MK,D,D,P,V\n"
+                                           "id-shared-2,PN-SHARED,S1,K2,D,B,P,V\nzr9k31-006,PN-06,S1,MK,D,E,P,V\n"
+                                           "dup,PN-DUP-1,S1,MK,D,G,P,V\ndup,PN-DUP-2,S1,MK,D,F,P,V\n,PN-NO-ID,S1,,D,H,P,V\n");
+        // The first databases of the process, built on several threads at once, register the selector's signal type.
+        runTogether([&](int) { const DeviceDb db(path); });
         QVERIFY(QMetaType::type("DEV::DeviceArg") != QMetaType::UnknownType);
+        m_db = std::make_unique<DeviceDb>(path);
     }
 
     // Two DeviceArg values are equal when their device ids are; nothing else counts. Assignment and allDevice() carry
@@ -96,7 +98,7 @@ private Q_SLOTS:
     }
 
     // Lines of more than seven columns become records, text trimmed and counts as they stand, newest version first;
-    // others are reported.
+    // others are reported, and so is a file that cannot be opened.
     void linesToRecords()
     {
         MessageCapture capture;
@@ -107,20 +109,15 @@ private Q_SLOTS:
             records << fields(c).join(QLatin1Char(','));
         QCOMPARE(records, (L{"1,p,s,k,d,b,a,u,,,0:", "2,p,s,k,d,B,a,u,c,x,15: 64 |72Kb | |4|5|6|7|8|9|10|11|12|13|14|15",
                              "3,p,s,k,d,A,a,u,,,0:", "4,p,s,k,d,,a,u,,,0:"}));
-        // A file that cannot be opened is reported and leaves an empty database.
         const DeviceDb none(m_files.path(QStringLiteral("none.csv")));
         QCOMPARE(capture.criticals(), (L{"incorrect device info entry \"a,b,c,d,e,f,g\"",
                                          "can not opend device data file:  \"" + m_files.path("none.csv") + '"'}));
         QCOMPARE(capture.count(), 2);
         QVERIFY(none.allChipInfo().isEmpty() && none.allDevice().isEmpty());
         QCOMPARE(fields(none.findByID(QStringLiteral("zr9k31-013"))), fields(ChipInfo()));
-    }
-
-    // Loaded chips share equal values, down to whole lists of counts: a catalogue repeats them on thousands of lines.
-    void equalValuesShared()
-    {
-        const auto db = m_files.load("a,p1,S,k,d,v,P,V,c,x,1,2\nb,p2,S,k,d,w,P,V,c,x,1,2\nc,p3,S,k,d,v,P,V,c,x,1,3\n");
-        const ChipInfo p1 = db->findByPN("p1").value(0), p2 = db->findByPN("p2").value(0), p3 = db->findByPN("p3").value(0);
+        // Loaded chips share equal values, down to whole lists of counts: a catalogue repeats them on thousands of lines.
+        const auto shared = m_files.load("a,p1,S,k,d,v,P,V,c,x,1,2\nb,p2,S,k,d,w,P,V,c,x,1,2\nc,p3,S,k,d,v,P,V,c,x,1,3\n");
+        const ChipInfo p1 = shared->findByPN("p1").value(0), p2 = shared->findByPN("p2").value(0), p3 = shared->findByPN("p3").value(0);
         QVERIFY(p1.series.constData() == p3.series.constData() && p1.resources.isSharedWith(p2.resources));
         QVERIFY(!p1.resources.isSharedWith(p3.resources) && p1.resources.at(0).constData() == p3.resources.at(0).constData());
     }
@@ -198,10 +195,10 @@ private Q_SLOTS:
             QCOMPARE(DEV::deviceIdCompatFor9k31(QString::fromLatin1(same)), QString::fromLatin1(same));
     }
 
-    // Concurrent first calls share one load of the catalogue beside the program, <program
-    // dir>/../data/device/device_info.csv, here the bundled one: it loads without complaint, every line complete, and
-    // holds every chip an old identifier is translated to. The const queries from many threads give what they give on
-    // one; a copy handed out may be changed by its owner without touching the database.
+    // Concurrent first calls share one load of <program dir>/../data/device/device_info.csv, here the bundled
+    // catalogue: it loads without complaint, every line complete, and holds every chip an old identifier is translated
+    // to. The const queries from many threads give what they
+    // give on one; a copy handed out may be changed by its owner without touching the database.
     void instanceFromManyThreads()
     {
         MessageCapture capture;

@@ -46,12 +46,10 @@ DeviceDb::DeviceDb(const QString& fileName)
 {
     d->loadDataFile(fileName);
 
-    // Registering twice would be harmless; the flag only saves the work.
-    static bool registered = false;
-    if (!registered) {
-        qRegisterMetaType<DEV::DeviceArg>("DEV::DeviceArg");
-        registered = true;
-    }
+    // Databases may be built on several threads at once; a local static is
+    // initialised exactly once, the others wait for it.
+    static const int registered = qRegisterMetaType<DEV::DeviceArg>("DEV::DeviceArg");
+    Q_UNUSED(registered)
 }
 
 DeviceDb::~DeviceDb() = default;
