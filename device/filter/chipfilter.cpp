@@ -1,7 +1,6 @@
 #include "chipfilter.h"
 
 #include "devicedb.h"
-#include "devicedb_p.h"
 
 namespace DEV {
 
@@ -38,10 +37,8 @@ bool matchFilter(const ChipInfo& info, const ChipFilter& filter)
         && (filter.deviceVersion.isNull() || filter.deviceVersion == info.deviceVersion);
 }
 
-QList<ChipInfo> DeviceDb::filterChips(const ChipFilter& filter) const
+QList<ChipInfo> filterChips(const QList<ChipInfo>& chips, const ChipFilter& filter)
 {
-    const QList<ChipInfo> chips = d->chips;
-
     // The selector asks with every criterion at "Any" whenever the search
     // field changes; handing out the shared list spares a copy of each record.
     if (unconstrained(filter))
@@ -53,6 +50,11 @@ QList<ChipInfo> DeviceDb::filterChips(const ChipFilter& filter) const
             result.append(chip);
     }
     return result;
+}
+
+QList<ChipInfo> DeviceDb::filterChips(const ChipFilter& filter) const
+{
+    return DEV::filterChips(allChipInfo(), filter);
 }
 
 QList<DeviceArg> DeviceDb::filterDevice(const ChipFilter& filter) const

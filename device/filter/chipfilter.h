@@ -103,6 +103,20 @@ DEVICE_EXPORT bool matchFilter(const ChipInfo& info, const ChipFilter& filter);
  */
 DEVICE_EXPORT bool matchFilter(const ChipInfo& info, const ChipFilterBySearch& filter);
 
+/**
+ * The chips of @p chips that match every set criterion of @p filter, in their
+ * order. DeviceDb::filterChips(const ChipFilter&) is this over the whole
+ * database.
+ */
+DEVICE_EXPORT QList<ChipInfo> filterChips(const QList<ChipInfo>& chips, const ChipFilter& filter);
+
+/**
+ * The chips of @p chips that match the free-text search @p filter, in their
+ * order. The pattern is prepared once for the whole list, and a value that
+ * many chips share is decided once.
+ */
+DEVICE_EXPORT QList<ChipInfo> filterChips(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter);
+
 } // namespace DEV
 
 #endif // DEV_CHIPFILTER_H

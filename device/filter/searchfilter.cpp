@@ -297,6 +297,11 @@ bool matchFilter(const ChipInfo& info, const ChipFilterBySearch& filter)
 
 QList<ChipInfo> DeviceDb::filterChips(const ChipFilterBySearch& filter, const QList<ChipInfo>& chips) const
 {
+    return DEV::filterChips(chips, filter);
+}
+
+QList<ChipInfo> filterChips(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter)
+{
     SearchMatcher matcher(filter, true);
     const QList<ChipInfo> list = chips;
     // Short searches often keep every chip; the input itself is then the

@@ -27,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const QList<DEV::ChipInfo> loaded = Reference::loadedCopy(chips, path);
     for (int i = 0; i < loaded.size(); ++i)
         chips.insert(std::min(chips.size(), 2 * i), loaded.at(i));
-    if (!Reference::disagreement(DEV::DeviceDb(path), chips, search).isEmpty())
+    if (!Reference::disagreement(chips, search).isEmpty())
         std::abort();
     return 0;
 }
