@@ -127,6 +127,19 @@ int asciiContainsFolded(QStringView value, QStringView foldedNeedle)
 }
 
 /*
+ * The identity of a string's shared data: strings that share their data
+ * share the one data header, and its address is at hand without touching the
+ * characters. QString::data_ptr() is public Qt 5 API, if undocumented, and
+ * non-const only because it could be written through; it is only read here,
+ * so the const_cast changes nothing. Two strings with different headers may
+ * still be equal, which costs a second decision, never a wrong one.
+ */
+const void* sharedDataOf(const QString& s)
+{
+    return const_cast<QString&>(s).data_ptr();
+}
+
+/*
  * One search, prepared once and applied to many chips. This runs on every
  * keystroke over lists of up to ~100,000 chips, so the values are walked in
  * place (no per-chip list), the pattern is compiled once and, when searching
@@ -215,9 +228,7 @@ private:
     {
         if (!m_remember)
             return decide(v);
-        // Strings that share their data share the one data header, and its
-        // address is at hand without touching the characters.
-        return remembered(m_values, const_cast<QString&>(v).data_ptr(), [&] { return decide(v); });
+        return remembered(m_values, sharedDataOf(v), [&] { return decide(v); });
     }
 
     bool counts(const QStringList& list)
