@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Loading, memory and look-ups of the database, against the plain loader.
 
 #include "catalogues.h"

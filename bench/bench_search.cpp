@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Free-text search over the whole database, per pattern syntax, against the
 // plain matcher and against the route a host would otherwise take: a
 // QStandardItemModel behind a QSortFilterProxyModel with a fixed-string,

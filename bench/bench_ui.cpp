@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The chip table model's sorts and the selector widget: construction, a
 // series change and one keystroke in the search field, end to end.
 

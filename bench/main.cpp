@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Benchmark driver: a QApplication (offscreen unless a platform is chosen)
 // around Google Benchmark's runner, since the widget benchmarks need one.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #ifndef DEV_BENCH_QTROUTE_H
 #define DEV_BENCH_QTROUTE_H
 

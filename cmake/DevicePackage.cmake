@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # The installed package: DeviceTargets.cmake (the imported Device::Device),
 # DeviceConfig.cmake and its version file for find_package(Device), and
 # Device.pc for pkg-config.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The filters: which attribute criteria are set and how they compare, and the free-text search against the plain
 // reference, which stands for the values each group looks at, each syntax and the "0" rule.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The chip table model: headers, cell texts and alignment, the row <-> chip mappings, one reset pair for every
 // change, and sorting: exact orders per column kind, and a seeded comparison with the plain cell comparison.
 

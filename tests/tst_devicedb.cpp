@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The database: DeviceArg, how a data file becomes the list (exact cases, then the plain reference loader on random
 // and hostile files), the messages a host's log shows, the look-ups, and the process-wide database on the bundled
 // catalogue, from many threads at once (also under ThreadSanitizer).

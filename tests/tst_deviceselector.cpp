@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The selector and its dialog: how the combo boxes fill and cascade, what the table, the count and the signal show
 // after each road a user can take (boxes, typing, search options, clicks, a preset chip), the OK button, and
 // getSelectedChip() ended each way a user can end it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The example programs as processes, the way scripts run them (devicepicker's dialog answered by its
 // DEVICEPICKER_AUTOANSWER test aid), and the shipped German translation.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The search field: its options and their initial states, the exclusivity of the column groups and of the match modes
 // as a receiver of the signal sees it, the options menu, and the icon that comes from the host's resources.
 

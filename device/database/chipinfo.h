@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #ifndef DEV_CHIPINFO_H
 #define DEV_CHIPINFO_H
 

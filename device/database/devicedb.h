@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #ifndef DEV_DEVICEDB_H
 #define DEV_DEVICEDB_H
 

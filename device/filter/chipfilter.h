@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #ifndef DEV_CHIPFILTER_H
 #define DEV_CHIPFILTER_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "chipinfotablemodel.h"
 #include "chipinfotablemodel_p.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #ifndef DEV_CHIPINFOTABLEMODEL_P_H
 #define DEV_CHIPINFOTABLEMODEL_P_H
 

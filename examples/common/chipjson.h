@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #ifndef DEV_EXAMPLES_CHIPJSON_H
 #define DEV_EXAMPLES_CHIPJSON_H
 

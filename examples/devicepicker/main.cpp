@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // devicepicker: the smallest real host of the device selector dialog. It asks
 // the user for one chip and prints it for a script to read, or renders the
 // dialog to a PNG on a machine without a display (the README's screenshot is

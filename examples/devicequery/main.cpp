@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // devicequery: the chip database from the command line, for build scripts
 // that need a part number, a device's resources or a list of candidates
 // without starting the design environment.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // A host of the installed library: scripts/consumer-test builds it through find_package and pkg-config and compares
 // what it prints, for a data file or else the catalogue beside bin/, with that catalogue.
 

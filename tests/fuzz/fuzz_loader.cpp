@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // libFuzzer target: arbitrary bytes as a device data file. The database must load without crashing, leaking or
 // tripping a sanitizer, order its records newest version first, and find every record again by its own keys.
 

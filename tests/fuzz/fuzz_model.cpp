@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // libFuzzer target: the chip table model under random sequences of new lists, sorts and look-ups. Nothing may crash,
 // Qt's model checks must hold, and every sort must order the cells as the plain cell comparison does.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // libFuzzer target: the free-text search against the plain reference, on random chips built by hand and the same
 // chips loaded from a file (where equal values share their data), one chip at a time and over the list.
 

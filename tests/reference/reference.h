@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #ifndef DEV_REFERENCE_H
 #define DEV_REFERENCE_H
 
