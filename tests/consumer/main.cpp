@@ -4,6 +4,7 @@
 
 #include <Device/devicedb.h> // hosts may include <Device/x.h> or <x.h>; both must work
 #include <chipfilter.h>
+#include <device_version.h>
 #include <searchlineedit.h>
 #include <ui_deviceselector.h>
 
@@ -12,6 +13,8 @@
 
 #include <cstdio>
 #include <memory>
+
+static_assert(DEVICE_VERSION >= DEVICE_VERSION_CHECK(1, 0, 0) && DEVICE_VERSION_MAJOR == 1, "the version macros");
 
 int main(int argc, char** argv)
 {
