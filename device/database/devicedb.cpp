@@ -59,9 +59,13 @@ DeviceDb* DeviceDb::instance()
 {
     // A function-local static is constructed exactly once even when several
     // threads arrive together (the others wait), and destroyed at exit.
-    static DeviceDb db(QCoreApplication::applicationDirPath()
-                       + QLatin1String("/../data/device/device_info.csv"));
+    static DeviceDb db(defaultDataFile());
     return &db;
+}
+
+QString DeviceDb::defaultDataFile()
+{
+    return QCoreApplication::applicationDirPath() + QLatin1String("/../data/device/device_info.csv");
 }
 
 ChipInfo DeviceDb::findByID(const QString& id) const

@@ -72,6 +72,12 @@ public:
     static DeviceDb* instance();
 
     /**
+     * The file instance() reads: QCoreApplication::applicationDirPath() +
+     * "/../data/device/device_info.csv". Create the QCoreApplication first.
+     */
+    static QString defaultDataFile();
+
+    /**
      * The first chip whose device identifier is @p id. An old "zr9k31-NNN"
      * identifier is translated with deviceIdCompatFor9k31() first, and only
      * the translated identifier is looked up. Returns an empty record when

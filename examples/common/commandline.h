@@ -6,15 +6,23 @@
 // to standard output as raw bytes, a usage error is one line on standard
 // error, "<program>: <message>", and exit status 2.
 
+#include <devicedb.h>
+
 #include <QByteArray>
+#include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QString>
 
 #include <cstdio>
+#include <memory>
 
 namespace ExampleCommandLine {
 
-constexpr int BadUsage = 2;
+/// Exit statuses, which scripts branch on: something found and printed,
+/// nothing found, bad usage (including an unreadable data file).
+enum ExitStatus { Found = 0, NothingFound = 1, BadUsage = 2 };
 
 inline void printOut(const QByteArray& bytes)
 {
@@ -26,6 +34,36 @@ inline int usageError(const QString& message)
 {
     std::fprintf(stderr, "%s: %s\n", qPrintable(QCoreApplication::applicationName()), qPrintable(message));
     return BadUsage;
+}
+
+/// "--<option> given more than once" for the first option taking a value that
+/// was given twice, else empty: silently keeping only the last of two
+/// --series would hide a script bug.
+inline QString repeatedOption(const QCommandLineParser& parser, const QList<QCommandLineOption>& options)
+{
+    for (const QCommandLineOption& option : options) {
+        if (!option.valueName().isEmpty() && parser.values(option).size() > 1)
+            return QStringLiteral("--%1 given more than once").arg(option.names().constLast());
+    }
+    return QString();
+}
+
+/// The database of @p dataFile, or the process-wide one of the catalogue
+/// beside the program when @p dataFile is empty (@p own then stays empty).
+/// Null, with @p error set, when the file cannot be read: the library would
+/// only log that and carry on empty, which would pass for "nothing found".
+inline DEV::DeviceDb* openDatabase(const QString& dataFile, std::unique_ptr<DEV::DeviceDb>* own, QString* error)
+{
+    const QString path = dataFile.isEmpty() ? DEV::DeviceDb::defaultDataFile() : dataFile;
+    const QFileInfo file(path);
+    if (!file.isFile() || !file.isReadable()) {
+        *error = QStringLiteral("cannot read data file: %1").arg(QDir::cleanPath(path));
+        return nullptr;
+    }
+    if (dataFile.isEmpty())
+        return DEV::DeviceDb::instance();
+    own->reset(new DEV::DeviceDb(dataFile));
+    return own->get();
 }
 
 /// Qt's parser texts read "Unknown option 'x'."; ours are lower-case fragments.

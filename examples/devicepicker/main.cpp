@@ -37,8 +37,6 @@
 
 namespace {
 
-enum ExitStatus { Chosen = 0, NothingChosen = 1, BadUsage = 2 };
-
 enum class Answer { Nobody, Accept, Reject, Unknown };
 
 struct Options
@@ -91,9 +89,10 @@ no row selected), nothing printed; 2 bad usage, unreadable data file,
 unwritable screenshot or no display.
 )";
 
-using ExampleCommandLine::asFragment;
-using ExampleCommandLine::printOut;
-using ExampleCommandLine::usageError;
+using namespace ExampleCommandLine;
+
+// What the statuses mean here; the values are the examples' shared ones.
+enum PickerStatus { Chosen = Found, NothingChosen = NothingFound };
 
 /*
  * QApplication picks its platform plugin when it is constructed, and Debian's
@@ -250,6 +249,23 @@ bool installTranslations(QApplication& app, const QString& code)
     return true;
 }
 
+/// What is wrong with the options taken together, or an empty string.
+QString conflict(const QCommandLineParser& parser, const Options& o)
+{
+    if (!parser.positionalArguments().isEmpty())
+        return QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst());
+    const QString repeated = repeatedOption(parser, o.all());
+    if (!repeated.isEmpty())
+        return repeated;
+    if (parser.isSet(o.data) && parser.value(o.data).isEmpty())
+        return QStringLiteral("--data needs a file name");
+    if (parser.isSet(o.screenshot) && parser.value(o.screenshot).isEmpty())
+        return QStringLiteral("--screenshot needs a file name");
+    if (parser.isSet(o.screenshot) && parser.isSet(o.json))
+        return QStringLiteral("--json and --screenshot cannot be combined");
+    return QString();
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -274,42 +290,20 @@ int main(int argc, char* argv[])
         printOut(QStringLiteral("devicepicker %1\n").arg(QCoreApplication::applicationVersion()).toLocal8Bit());
         return Chosen;
     }
-    if (!parser.positionalArguments().isEmpty())
-        return usageError(QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst()));
-    for (const QCommandLineOption& option : o.all()) {
-        if (!option.valueName().isEmpty() && parser.values(option).size() > 1)
-            return usageError(QStringLiteral("--%1 given more than once").arg(option.names().constLast()));
-    }
-    if (parser.isSet(o.data) && parser.value(o.data).isEmpty())
-        return usageError(QStringLiteral("--data needs a file name"));
-    if (parser.isSet(o.screenshot) && parser.value(o.screenshot).isEmpty())
-        return usageError(QStringLiteral("--screenshot needs a file name"));
-    if (parser.isSet(o.screenshot) && parser.isSet(o.json))
-        return usageError(QStringLiteral("--json and --screenshot cannot be combined"));
+    const QString wrong = conflict(parser, o);
+    if (!wrong.isEmpty())
+        return usageError(wrong);
     if (parser.isSet(o.lang) && !installTranslations(app, parser.value(o.lang)))
         return usageError(QStringLiteral("no translation for language '%1'").arg(parser.value(o.lang)));
     const Answer answer = autoAnswer();
     if (answer == Answer::Unknown)
         return usageError(QStringLiteral("DEVICEPICKER_AUTOANSWER must be accept or reject"));
 
-    // The library only logs an unreadable file and carries on with an empty
-    // database, which would look like a dialog with nothing to choose.
-    const QString dataFile = parser.value(o.data);
-    const QString path = dataFile.isEmpty()
-        ? QCoreApplication::applicationDirPath() + QLatin1String("/../data/device/device_info.csv")
-        : dataFile;
-    const QFileInfo file(path);
-    if (!file.isFile() || !file.isReadable())
-        return usageError(QStringLiteral("cannot read data file: %1").arg(QDir::cleanPath(path)));
-
+    QString error;
     std::unique_ptr<DEV::DeviceDb> own;
-    DEV::DeviceDb* db = nullptr;
-    if (dataFile.isEmpty()) {
-        db = DEV::DeviceDb::instance();
-    } else {
-        own = std::make_unique<DEV::DeviceDb>(dataFile);
-        db = own.get();
-    }
+    DEV::DeviceDb* db = openDatabase(parser.value(o.data), &own, &error);
+    if (!db)
+        return usageError(error);
     const QString preset = parser.value(o.preset);
 
     if (parser.isSet(o.screenshot))

@@ -30,8 +30,6 @@
 
 namespace {
 
-enum ExitStatus { Matched = 0, NothingMatched = 1, BadUsage = 2 };
-
 enum class Format { Table, Csv, Json, Count };
 
 /// What the command line asked for, checked and ready to run.
@@ -126,9 +124,7 @@ Exit status: 0 chips printed, 1 nothing matched (--count still prints 0),
 2 bad usage or unreadable data file.
 )";
 
-using ExampleCommandLine::asFragment;
-using ExampleCommandLine::printOut;
-using ExampleCommandLine::usageError;
+using namespace ExampleCommandLine;
 
 std::optional<int> searchGroup(const QString& name)
 {
@@ -161,38 +157,64 @@ std::optional<int> patternSyntax(const QString& mode)
     return std::nullopt;
 }
 
+/// What is wrong with the options taken together, or an empty string.
+QString conflict(const QCommandLineParser& parser, const Options& o)
+{
+    if (!parser.positionalArguments().isEmpty())
+        return QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst());
+    const QString repeated = repeatedOption(parser, o.all());
+    if (!repeated.isEmpty())
+        return repeated;
+    if (int(parser.isSet(o.csv)) + int(parser.isSet(o.json)) + int(parser.isSet(o.count)) > 1)
+        return QStringLiteral("choose only one of --csv, --json and --count");
+    if (parser.isSet(o.header) && !parser.isSet(o.csv))
+        return QStringLiteral("--header needs --csv");
+    if (parser.isSet(o.id) && parser.isSet(o.pn))
+        return QStringLiteral("--id and --pn cannot be combined");
+    if (parser.isSet(o.key) && !parser.isSet(o.pn))
+        return QStringLiteral("--key needs --pn");
+    if (!parser.isSet(o.search) && (parser.isSet(o.in) || parser.isSet(o.mode) || parser.isSet(o.caseSensitive)))
+        return QStringLiteral("--in, --mode and --case need --search");
+    if (parser.isSet(o.data) && parser.value(o.data).isEmpty())
+        return QStringLiteral("--data needs a file name");
+    return QString();
+}
+
+/// The search the options ask for; on a bad group or mode sets @p error.
+std::optional<DEV::ChipFilterBySearch> readSearch(const QCommandLineParser& parser, const Options& o, QString* error)
+{
+    DEV::ChipFilterBySearch search;
+    search.pattern = parser.value(o.search);
+    search.caseSensitive = parser.isSet(o.caseSensitive);
+    if (parser.isSet(o.in)) {
+        const std::optional<int> group = searchGroup(parser.value(o.in));
+        if (!group) {
+            *error = QStringLiteral("unknown search group '%1' (see --help)").arg(parser.value(o.in));
+            return std::nullopt;
+        }
+        search.group = *group;
+    }
+    if (parser.isSet(o.mode)) {
+        const std::optional<int> syntax = patternSyntax(parser.value(o.mode));
+        if (!syntax) {
+            *error = QStringLiteral("unknown search mode '%1' (anywhere, exact, wildcard or regexp)")
+                         .arg(parser.value(o.mode));
+            return std::nullopt;
+        }
+        search.patternSyntax = *syntax;
+    }
+    return search;
+}
+
 /// Checks the parsed options against each other; on failure sets @p error.
 std::optional<Query> readQuery(const QCommandLineParser& parser, const Options& o, QString* error)
 {
-    const auto fail = [error](const QString& message) {
-        *error = message;
-        return std::optional<Query>();
-    };
-
-    if (!parser.positionalArguments().isEmpty())
-        return fail(QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst()));
-    // Silently keeping only the last of two --series would hide a script bug.
-    for (const QCommandLineOption& option : o.all()) {
-        if (!option.valueName().isEmpty() && parser.values(option).size() > 1)
-            return fail(QStringLiteral("--%1 given more than once").arg(option.names().constLast()));
-    }
-
-    const int formats = int(parser.isSet(o.csv)) + int(parser.isSet(o.json)) + int(parser.isSet(o.count));
-    if (formats > 1)
-        return fail(QStringLiteral("choose only one of --csv, --json and --count"));
-    if (parser.isSet(o.header) && !parser.isSet(o.csv))
-        return fail(QStringLiteral("--header needs --csv"));
-    if (parser.isSet(o.id) && parser.isSet(o.pn))
-        return fail(QStringLiteral("--id and --pn cannot be combined"));
-    if (parser.isSet(o.key) && !parser.isSet(o.pn))
-        return fail(QStringLiteral("--key needs --pn"));
-    if (!parser.isSet(o.search) && (parser.isSet(o.in) || parser.isSet(o.mode) || parser.isSet(o.caseSensitive)))
-        return fail(QStringLiteral("--in, --mode and --case need --search"));
+    *error = conflict(parser, o);
+    if (!error->isEmpty())
+        return std::nullopt;
 
     Query q;
     q.dataFile = parser.value(o.data);
-    if (parser.isSet(o.data) && q.dataFile.isEmpty())
-        return fail(QStringLiteral("--data needs a file name"));
     if (parser.isSet(o.id))
         q.id = parser.value(o.id);
     if (parser.isSet(o.pn))
@@ -214,23 +236,9 @@ std::optional<Query> readQuery(const QCommandLineParser& parser, const Options& 
     }
 
     if (parser.isSet(o.search)) {
-        DEV::ChipFilterBySearch search;
-        search.pattern = parser.value(o.search);
-        search.caseSensitive = parser.isSet(o.caseSensitive);
-        if (parser.isSet(o.in)) {
-            const std::optional<int> group = searchGroup(parser.value(o.in));
-            if (!group)
-                return fail(QStringLiteral("unknown search group '%1' (see --help)").arg(parser.value(o.in)));
-            search.group = *group;
-        }
-        if (parser.isSet(o.mode)) {
-            const std::optional<int> syntax = patternSyntax(parser.value(o.mode));
-            if (!syntax)
-                return fail(QStringLiteral("unknown search mode '%1' (anywhere, exact, wildcard or regexp)")
-                                .arg(parser.value(o.mode)));
-            search.patternSyntax = *syntax;
-        }
-        q.search = search;
+        q.search = readSearch(parser, o, error);
+        if (!q.search)
+            return std::nullopt;
     }
 
     if (parser.isSet(o.csv))
@@ -349,6 +357,29 @@ QByteArray jsonText(const QList<DEV::ChipInfo>& chips)
     return QJsonDocument(array).toJson(QJsonDocument::Indented);
 }
 
+/// Prints @p chips in the format asked for; nothing at all but for a count.
+void print(const QList<DEV::ChipInfo>& chips, const Query& query)
+{
+    switch (query.format) {
+    case Format::Count:
+        printOut(QByteArray::number(chips.size()) + '\n');
+        break;
+    case Format::Table:
+        if (!chips.isEmpty())
+            printOut(tableText(chips).toLocal8Bit());
+        break;
+    case Format::Csv:
+        // Local 8-bit, the encoding the loader reads data files in.
+        if (!chips.isEmpty())
+            printOut(csvText(chips, query.header).toLocal8Bit());
+        break;
+    case Format::Json:
+        if (!chips.isEmpty())
+            printOut(jsonText(chips));
+        break;
+    }
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -362,7 +393,7 @@ int main(int argc, char* argv[])
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() == 2 && arguments.at(1) == QLatin1String("--version")) {
         printOut(QStringLiteral("devicequery %1\n").arg(QCoreApplication::applicationVersion()).toLocal8Bit());
-        return Matched;
+        return Found;
     }
 
     const Options options;
@@ -373,7 +404,7 @@ int main(int argc, char* argv[])
         return usageError(asFragment(parser.errorText()));
     if (parser.isSet(options.help)) {
         printOut((parser.helpText() + QLatin1String(kEpilog)).toLocal8Bit());
-        return Matched;
+        return Found;
     }
 
     QString error;
@@ -381,45 +412,12 @@ int main(int argc, char* argv[])
     if (!query)
         return usageError(error);
 
-    // The library only logs an unreadable file and carries on empty, which
-    // would pass for "nothing matched"; a script must be able to tell.
-    const QString path = query->dataFile.isEmpty()
-        ? QCoreApplication::applicationDirPath() + QLatin1String("/../data/device/device_info.csv")
-        : query->dataFile;
-    const QFileInfo file(path);
-    if (!file.isFile() || !file.isReadable())
-        return usageError(QStringLiteral("cannot read data file: %1").arg(QDir::cleanPath(path)));
-
     std::unique_ptr<DEV::DeviceDb> own;
-    DEV::DeviceDb* db = nullptr;
-    if (query->dataFile.isEmpty()) {
-        db = DEV::DeviceDb::instance();
-    } else {
-        own = std::make_unique<DEV::DeviceDb>(query->dataFile);
-        db = own.get();
-    }
+    DEV::DeviceDb* db = openDatabase(query->dataFile, &own, &error);
+    if (!db)
+        return usageError(error);
 
     const QList<DEV::ChipInfo> chips = select(*db, *query);
-    if (query->format == Format::Count) {
-        printOut(QByteArray::number(chips.size()) + '\n');
-        return chips.isEmpty() ? NothingMatched : Matched;
-    }
-    if (chips.isEmpty())
-        return NothingMatched;
-
-    switch (query->format) {
-    case Format::Table:
-        printOut(tableText(chips).toLocal8Bit());
-        break;
-    case Format::Csv:
-        // Local 8-bit, the encoding the loader reads data files in.
-        printOut(csvText(chips, query->header).toLocal8Bit());
-        break;
-    case Format::Json:
-        printOut(jsonText(chips));
-        break;
-    case Format::Count:
-        break;
-    }
-    return Matched;
+    print(chips, *query);
+    return chips.isEmpty() ? NothingFound : Found;
 }
