@@ -21,20 +21,9 @@ namespace {
 constexpr int FirstResourceGroup = 8;
 constexpr int LastResourceGroup = 16;
 
-/*
- * Recent verdicts of one search, keyed by the identity of a value's shared
- * data.
- *
- * The database stores each distinct value once and shares it, and
- * neighbouring chips of a list mostly belong to one device and package, so a
- * search meets the same few strings and resource lists again and again. Two
- * strings (or lists) with the same data header hold the same contents, and
- * the header's address is at hand without reading the characters.
- *
- * The cache is small and direct-mapped so that it stays in the first-level
- * data cache; a colliding value simply replaces the older one. Values that
- * are not shared (records a caller built one by one) just miss.
- */
+// Recent verdicts of one search, keyed by the identity of a value's shared
+// data, small and direct-mapped (see "Search" in docs/performance.md); a
+// value that is not shared just misses.
 class VerdictCache
 {
 public:
@@ -140,15 +129,10 @@ const void* sharedDataOf(const QString& s)
     return const_cast<QString&>(s).data_ptr();
 }
 
-/*
- * One search, prepared once and applied to many chips. This runs on every
- * keystroke over lists of up to ~100,000 chips, so the values are walked in
- * place (no per-chip list), the pattern is compiled once and, when searching
- * a list, each distinct value is decided once.
- *
- * A matcher holds a QRegExp, whose matching updates internal state even
- * through const calls; keep each matcher local to one call on one thread.
- */
+// One search, prepared once and applied to many chips (see "Search" in
+// docs/performance.md). It holds a QRegExp, whose matching updates internal
+// state even through const calls: keep each matcher local to one call on one
+// thread.
 class SearchMatcher
 {
 public:

@@ -56,12 +56,7 @@ bool isColumn(int column)
     return column >= 0 && column < ColumnCount;
 }
 
-/*
- * The text a cell shows, without copying it. Copying a QString touches its
- * reference count with an atomic operation; doing that for every record of a
- * large list while building sort keys serialises the cache misses of walking
- * the list, which costs more than the sort itself.
- */
+// The text a cell shows, by reference: see "Sorting" in docs/performance.md.
 const QString& cellText(const ChipInfo& info, int column)
 {
     static const QString none;
@@ -139,14 +134,8 @@ struct KeyedRow
     int row;
 };
 
-/*
- * The sort key of a text cell. Comparing the texts themselves would make
- * nearly every comparison fetch two strings from scattered heap memory, and
- * with a large list that dominates the sort. Most comparisons are decided
- * within the first units after the prefix that all texts of the column share,
- * so sixteen of those units travel inside the key, where the sort's sweeps
- * over the key vector find them.
- */
+// The sort key of a text cell: the sixteen units after the prefix all cells
+// share, and the text (see "Sorting" in docs/performance.md).
 struct TextKey
 {
     static constexpr int Words = 4;
@@ -223,15 +212,8 @@ std::vector<KeyedRow<TextKey>> textKeys(const QList<ChipInfo>& chips, int column
     return keyed;
 }
 
-/*
- * Keys of a number or Kb column. The ordinary cell, a short run of ASCII
- * digits, is read without copying the text.
- *
- * Finding the cells and reading them are two passes on purpose: the records
- * lie scattered in memory, and the first pass runs ahead through them freely,
- * while the digit loop's unpredictable exits would make the processor wait
- * for each record in turn.
- */
+// Keys of a number or Kb column, found and read in two passes on purpose
+// (see "Sorting" in docs/performance.md).
 std::vector<KeyedRow<int>> numberKeys(const QList<ChipInfo>& chips, int column, bool cutKb)
 {
     std::vector<QStringView> cells;
@@ -246,19 +228,10 @@ std::vector<KeyedRow<int>> numberKeys(const QList<ChipInfo>& chips, int column, 
     return keyed;
 }
 
-/*
- * Returns the rows of @p keyed in sorted order, or nothing when they are in
- * order already. Keys are computed once per record instead of once per
- * comparison: with 100,000 chips a comparison sort makes a couple of million
- * comparisons, and building two cell texts (plus two edited copies for Kb
- * columns) for each of them would make a header click noticeably slow.
- * compareKeys() has the sign of the comparison of the two cell texts, so the
- * order is the same; only the order among equal keys is up to std::sort.
- *
- * Lists often arrive sorted (the selector keeps its lists in part-number
- * order, and a second click on one header re-sorts an ordered list), and one
- * pass over the keys tells.
- */
+// The rows of @p keyed in sorted order, or nothing when they are in order
+// already. compareKeys() has the sign of the comparison of the two cell
+// texts, so the order is theirs; only the order among equal keys is up to
+// std::sort (see "Sorting" in docs/performance.md).
 template <typename Key>
 std::vector<int> sortedRows(std::vector<KeyedRow<Key>> keyed, Qt::SortOrder order)
 {
