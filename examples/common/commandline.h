@@ -36,11 +36,13 @@ inline int usageError(const QString& message)
     return BadUsage;
 }
 
-/// "--<option> given more than once" for the first option taking a value that
-/// was given twice, else empty: silently keeping only the last of two
-/// --series would hide a script bug.
-inline QString repeatedOption(const QCommandLineParser& parser, const QList<QCommandLineOption>& options)
+/// The misuse both programs reject alike, or an empty string: a stray
+/// argument, or an option taking a value given twice (silently keeping only
+/// the last of two --series would hide a script bug).
+inline QString misuse(const QCommandLineParser& parser, const QList<QCommandLineOption>& options)
 {
+    if (!parser.positionalArguments().isEmpty())
+        return QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst());
     for (const QCommandLineOption& option : options) {
         if (!option.valueName().isEmpty() && parser.values(option).size() > 1)
             return QStringLiteral("--%1 given more than once").arg(option.names().constLast());

@@ -252,11 +252,9 @@ bool installTranslations(QApplication& app, const QString& code)
 /// What is wrong with the options taken together, or an empty string.
 QString conflict(const QCommandLineParser& parser, const Options& o)
 {
-    if (!parser.positionalArguments().isEmpty())
-        return QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst());
-    const QString repeated = repeatedOption(parser, o.all());
-    if (!repeated.isEmpty())
-        return repeated;
+    const QString common = misuse(parser, o.all());
+    if (!common.isEmpty())
+        return common;
     if (parser.isSet(o.data) && parser.value(o.data).isEmpty())
         return QStringLiteral("--data needs a file name");
     if (parser.isSet(o.screenshot) && parser.value(o.screenshot).isEmpty())

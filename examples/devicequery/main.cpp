@@ -160,11 +160,9 @@ std::optional<int> patternSyntax(const QString& mode)
 /// What is wrong with the options taken together, or an empty string.
 QString conflict(const QCommandLineParser& parser, const Options& o)
 {
-    if (!parser.positionalArguments().isEmpty())
-        return QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst());
-    const QString repeated = repeatedOption(parser, o.all());
-    if (!repeated.isEmpty())
-        return repeated;
+    const QString common = misuse(parser, o.all());
+    if (!common.isEmpty())
+        return common;
     if (int(parser.isSet(o.csv)) + int(parser.isSet(o.json)) + int(parser.isSet(o.count)) > 1)
         return QStringLiteral("choose only one of --csv, --json and --count");
     if (parser.isSet(o.header) && !parser.isSet(o.csv))
