@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The selector and its dialog: how the combo boxes fill and cascade, what the table, the count and the signal show
-// after each road a user can take (boxes, typing, search options, clicks, a preset chip), the OK button, and
-// getSelectedChip() ended each way a user can end it.
+// after each road a user can take (boxes, typing, search options, clicks, a header click, a preset chip), the OK
+// button, and getSelectedChip() ended with OK or Cancel.
 
 #include "deviceselectordialog.h"
 
@@ -56,11 +56,6 @@ QString rowsOf(const QWidget& w)
     return TestHelpers::columnTexts(*w.findChild<QTableView*>()->model(), 0).join(' ');
 }
 
-void clickRow(QTableView* table, int row, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    QTest::mouseClick(table->viewport(), Qt::LeftButton, modifiers, table->visualRect(table->model()->index(row, 0)).center());
-}
-
 /// Applies steps in order: "box=text", a search option ("case", "wild", "regexp", "exact", "group<n>"), "type:text"
 /// typed into the search field ('<' is a backspace), "set:text" set by code, "click:part number", "sort:column" (a
 /// header click) or "preset:device id".
@@ -79,7 +74,9 @@ bool apply(QWidget& w, const QString& steps)
         } else if (step.startsWith(QLatin1String("set:"))) {
             search->setText(step.mid(4));
         } else if (step.startsWith(QLatin1String("click:"))) {
-            clickRow(w.findChild<QTableView*>(), rowsOf(w).split(' ').indexOf(step.mid(6)));
+            auto* table = w.findChild<QTableView*>();
+            const QModelIndex cell = table->model()->index(rowsOf(w).split(' ').indexOf(step.mid(6)), 0);
+            QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, table->visualRect(cell).center());
         } else if (step.startsWith(QLatin1String("sort:"))) {
             QHeaderView* header = w.findChild<QTableView*>()->horizontalHeader();
             QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, {header->sectionViewportPosition(step.mid(5).toInt()) + 9, 5});
