@@ -61,7 +61,7 @@ private Q_SLOTS:
         }
     }
 
-    // Criteria as "member=value", all of them applied, over the database in its order.
+    // Criteria as "index in Criteria=value", all of them applied, over the database in its order.
     void filterChips_data()
     {
         QTest::addColumn<L>("criteria");

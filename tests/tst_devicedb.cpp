@@ -198,8 +198,8 @@ private Q_SLOTS:
 
     // Concurrent first calls share one load of <program dir>/../data/device/device_info.csv, here the bundled
     // catalogue: it loads without complaint, every line complete, and holds every chip an old identifier is translated
-    // to. The const queries from many threads give what they
-    // give on one; a copy handed out may be changed by its owner without touching the database.
+    // to. The const queries from many threads give what they give on one; a copy handed out may be changed by its
+    // owner without touching the database.
     void instanceFromManyThreads()
     {
         MessageCapture capture;
