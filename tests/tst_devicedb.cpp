@@ -23,8 +23,10 @@ namespace {
 L canonical(const QList<ChipInfo>& chips)
 {
     L versions, records;
-    for (const ChipInfo& c : chips)
-        versions << c.deviceVersion, records << fields(c).join(QLatin1Char('|'));
+    for (const ChipInfo& c : chips) {
+        versions << c.deviceVersion;
+        records << fields(c).join(QLatin1Char('|'));
+    }
     records.sort();
     return versions + records;
 }

@@ -21,8 +21,6 @@
 #include <QCommandLineOption>
 #include <QCommandLineParser>
 #include <QDialogButtonBox>
-#include <QDir>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
