@@ -3,6 +3,7 @@
 // series change and one keystroke in the search field, end to end.
 
 #include "catalogues.h"
+#include "chipcolumns.h"
 #include "chipinfotablemodel.h"
 #include "deviceselector.h"
 #include "qtroute.h"
@@ -27,9 +28,10 @@ bool plainLess(const DEV::ChipInfoTableModel& model, const DEV::ChipInfo& a, con
 {
     const QString l = model.columnOfChipInfo(a, column);
     const QString r = model.columnOfChipInfo(b, column);
-    if (column <= 6)
+    const DEV::ColumnKind kind = DEV::chipColumnKind(column);
+    if (kind == DEV::ColumnKind::Text)
         return l.compare(r, Qt::CaseSensitive) < 0;
-    if (column >= 10 && column <= 13) {
+    if (kind == DEV::ColumnKind::Kilobits) {
         QString x = l, y = r;
         x.remove(QLatin1String("Kb"), Qt::CaseSensitive);
         y.remove(QLatin1String("Kb"), Qt::CaseSensitive);

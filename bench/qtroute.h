@@ -8,6 +8,8 @@
 
 #include "catalogues.h"
 
+#include <chipcolumns.h>
+
 #include <QSortFilterProxyModel>
 #include <QStandardItemModel>
 
@@ -25,11 +27,10 @@ struct QtRoute
 inline QList<QStandardItem*> rowOf(const DEV::ChipInfo& c)
 {
     QList<QStandardItem*> row;
-    for (const QString& text : {c.partNumber, c.series, c.device, c.deviceVersion, c.package, c.speed, c.voltage})
-        row << new QStandardItem(text);
-    for (int i = 0; i < 9; ++i) {
-        const QString count = c.resources.value(i);
-        row << new QStandardItem(count.isEmpty() ? QStringLiteral("0") : count);
+    for (int column = 0; column < DEV::ChipColumnCount; ++column) {
+        const QString& text = DEV::chipColumnValue(c, column);
+        const bool emptyCount = text.isEmpty() && column >= DEV::FirstResourceColumn;
+        row << new QStandardItem(emptyCount ? QStringLiteral("0") : text);
     }
     return row;
 }

@@ -63,7 +63,8 @@ struct DEVICE_EXPORT ChipFilter
  * | 7     | voltage                                                         |
  * | 8..16 | resource count 0 (IO) to 8 (PLL); a missing count reads as empty |
  *
- * Any other group searches like 0. Group 0 leaves out the device version,
+ * Any other group searches like 0; searchGroupColumn() and searchGroupName()
+ * in chipcolumns.h give each group's column and menu name. Group 0 leaves out the device version,
  * the speed grade and the device identifier, and takes in the match key and
  * the auxiliary attribute although the chip table does not show them.
  *

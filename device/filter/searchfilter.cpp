@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "chipfilter.h"
 
+#include "chipcolumns.h"
 #include "devicedb.h"
 
 #include <QRegExp>
@@ -15,11 +16,6 @@
 namespace DEV {
 
 namespace {
-
-// Group numbers of the search menu; groups 8 to 16 are the resource columns
-// IO to PLL, in the order of ChipInfo::resources.
-constexpr int FirstResourceGroup = 8;
-constexpr int LastResourceGroup = 16;
 
 // Recent verdicts of one search, keyed by the identity of a value's shared
 // data, small and direct-mapped (see "Search" in docs/performance.md); a
@@ -137,7 +133,7 @@ class SearchMatcher
 {
 public:
     explicit SearchMatcher(const ChipFilterBySearch& filter, bool remember = false)
-        : m_group(filter.group >= 0 && filter.group <= LastResourceGroup ? filter.group : 0)
+        : m_column(searchGroupColumn(filter.group))
         , m_cs(filter.caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive)
         , m_pattern(filter.pattern)
         , m_emptyCellRule(filter.pattern == QLatin1String("0"))
@@ -174,28 +170,14 @@ public:
 
     bool matches(const ChipInfo& chip)
     {
-        switch (m_group) {
-        case 1:
-            return value(chip.series);
-        case 2:
+        if (m_column == int(ChipColumn::PartNumber))
             return decide(chip.partNumber);
-        case 3:
-            return value(chip.device);
-        case 4:
-            return value(chip.deviceVersion);
-        case 5:
-            return value(chip.package);
-        case 6:
-            return value(chip.speed);
-        case 7:
-            return value(chip.voltage);
-        default:
-            break;
-        }
-        if (m_group >= FirstResourceGroup) {
-            const int index = m_group - FirstResourceGroup;
+        if (m_column >= FirstResourceColumn) {
+            const int index = m_column - FirstResourceColumn;
             return value(index < chip.resources.size() ? chip.resources.at(index) : m_missing);
         }
+        if (m_column >= 0)
+            return value(chipColumnValue(chip, m_column));
         // "All" leaves out the device version and the speed grade but takes
         // the match key and auxiliary attribute, which the table does not
         // show; the single columns are the way to search the former. The
@@ -270,7 +252,8 @@ private:
         return false;
     }
 
-    const int m_group;
+    // -1 for all columns
+    const int m_column;
     const Qt::CaseSensitivity m_cs;
     const QString m_pattern;
     const bool m_emptyCellRule;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "chipinfotablemodel.h"
-#include "chipinfotablemodel_p.h"
+
+#include "chipcolumns.h"
 
 #include <QStringView>
 
@@ -11,84 +12,24 @@ namespace DEV {
 
 namespace {
 
-enum class SortKind
-{
-    Text,   // ordinal UTF-16 comparison of the cell texts
-    Number, // QString::toInt() of the cell texts
-    KbSize, // QString::toInt() after every "Kb" is cut out
-};
-
-struct Column
-{
-    const char* header;
-    SortKind kind;
-};
-
-// Speed comes before Voltage on purpose, the reverse of the record's member
-// order. The header texts are fixed English, not translated.
-constexpr Column Columns[] = {
-    {"Part Number", SortKind::Text},
-    {"Series", SortKind::Text},
-    {"Device", SortKind::Text},
-    {"Device Version", SortKind::Text},
-    {"Package", SortKind::Text},
-    {"Speed", SortKind::Text},
-    {"Voltage", SortKind::Text},
-    {"IO", SortKind::Number},
-    {"LUT", SortKind::Number},
-    {"FF", SortKind::Number},
-    {"ROM16", SortKind::KbSize},
-    {"SSRAM", SortKind::KbSize},
-    {"BSRAM", SortKind::KbSize},
-    {"User Flash", SortKind::KbSize},
-    {"DSP", SortKind::Number},
-    {"PLL", SortKind::Number},
-};
-
-constexpr int ColumnCount = int(sizeof(Columns) / sizeof(Columns[0]));
-constexpr int FirstResourceColumn = 7;
-
 constexpr uint LeftAligned = Qt::AlignLeft | Qt::AlignVCenter;
 constexpr uint RightAligned = Qt::AlignRight | Qt::AlignVCenter;
 
 bool isColumn(int column)
 {
-    return column >= 0 && column < ColumnCount;
+    return column >= 0 && column < ChipColumnCount;
 }
 
 // The text a cell shows, by reference: see "Sorting" in docs/performance.md.
+// The loader keeps lines that end early, so a record may carry fewer than
+// nine counts; a missing count is shown like an empty one, as 0.
 const QString& cellText(const ChipInfo& info, int column)
 {
-    static const QString none;
     static const QString zero = QStringLiteral("0");
-
-    switch (column) {
-    case 0:
-        return info.partNumber;
-    case 1:
-        return info.series;
-    case 2:
-        return info.device;
-    case 3:
-        return info.deviceVersion;
-    case 4:
-        return info.package;
-    case 5:
-        return info.speed;
-    case 6:
-        return info.voltage;
-    default:
-        break;
-    }
-    if (!isColumn(column))
-        return none;
-
-    // The loader keeps lines that end early, so a record may carry fewer
-    // than nine counts; a missing count is shown like an empty one.
-    const int entry = column - FirstResourceColumn;
-    if (entry >= info.resources.size() || info.resources.at(entry).isEmpty())
+    const QString& value = chipColumnValue(info, column);
+    if (value.isEmpty() && column >= FirstResourceColumn && isColumn(column))
         return zero;
-    return info.resources.at(entry);
+    return value;
 }
 
 /*
@@ -298,6 +239,28 @@ void applyOrder(QList<ChipInfo>& chips, const std::vector<int>& sourceRows)
     }
 }
 
+// Orders @p chips as sort() orders the rows; detaches the list only when
+// something moves.
+void sortChips(QList<ChipInfo>& chips, int column, Qt::SortOrder order)
+{
+    if (!isColumn(column) || chips.size() < 2)
+        return;
+    std::vector<int> rows;
+    switch (chipColumnKind(column)) {
+    case ColumnKind::Text:
+        rows = sortedRows(textKeys(chips, column), order);
+        break;
+    case ColumnKind::Number:
+        rows = sortedRows(numberKeys(chips, column, false), order);
+        break;
+    case ColumnKind::Kilobits:
+        rows = sortedRows(numberKeys(chips, column, true), order);
+        break;
+    }
+    if (!rows.empty())
+        applyOrder(chips, rows);
+}
+
 } // namespace
 
 ChipInfoTableModel::ChipInfoTableModel(QObject* parent)
@@ -312,6 +275,11 @@ void ChipInfoTableModel::setChipInfoList(const QList<ChipInfo>& list)
     beginResetModel();
     m_chips = list;
     endResetModel();
+}
+
+const QList<ChipInfo>& ChipInfoTableModel::chipInfoList() const
+{
+    return m_chips;
 }
 
 ChipInfo ChipInfoTableModel::index2chipInfo(const QModelIndex& index)
@@ -340,7 +308,7 @@ int ChipInfoTableModel::rowCount(const QModelIndex& parent) const
 
 int ChipInfoTableModel::columnCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : ColumnCount;
+    return parent.isValid() ? 0 : ChipColumnCount;
 }
 
 QVariant ChipInfoTableModel::data(const QModelIndex& index, int role) const
@@ -350,7 +318,7 @@ QVariant ChipInfoTableModel::data(const QModelIndex& index, int role) const
     case Qt::TextAlignmentRole:
         if (!isColumn(column))
             return QVariant();
-        return column < FirstResourceColumn ? LeftAligned : RightAligned;
+        return chipColumnKind(column) == ColumnKind::Text ? LeftAligned : RightAligned;
     case Qt::DisplayRole: {
         const int row = index.row();
         if (row < 0 || row >= m_chips.size())
@@ -366,7 +334,7 @@ QVariant ChipInfoTableModel::headerData(int section, Qt::Orientation orientation
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole || !isColumn(section))
         return QVariant();
-    return QString(QLatin1String(Columns[section].header));
+    return chipColumnHeader(section);
 }
 
 Qt::ItemFlags ChipInfoTableModel::flags(const QModelIndex& index) const
@@ -379,32 +347,8 @@ Qt::ItemFlags ChipInfoTableModel::flags(const QModelIndex& index) const
 void ChipInfoTableModel::sort(int column, Qt::SortOrder order)
 {
     beginResetModel();
-    pimpl::sortChips(m_chips, column, order);
+    sortChips(m_chips, column, order);
     endResetModel();
 }
-
-namespace pimpl {
-
-void sortChips(QList<ChipInfo>& chips, int column, Qt::SortOrder order)
-{
-    if (!isColumn(column) || chips.size() < 2)
-        return;
-    std::vector<int> rows;
-    switch (Columns[column].kind) {
-    case SortKind::Text:
-        rows = sortedRows(textKeys(chips, column), order);
-        break;
-    case SortKind::Number:
-        rows = sortedRows(numberKeys(chips, column, false), order);
-        break;
-    case SortKind::KbSize:
-        rows = sortedRows(numberKeys(chips, column, true), order);
-        break;
-    }
-    if (!rows.empty())
-        applyOrder(chips, rows);
-}
-
-} // namespace pimpl
 
 } // namespace DEV

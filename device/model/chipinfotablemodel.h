@@ -68,6 +68,9 @@ public:
      */
     void setChipInfoList(const QList<ChipInfo>& list);
 
+    /// The records in row order: the list last set, as sort() has left it.
+    const QList<ChipInfo>& chipInfoList() const;
+
     /**
      * The record in row @p index.row(). Only the row is looked at, not the
      * column, the model or the validity of @p index. Returns an empty record

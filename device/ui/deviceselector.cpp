@@ -3,7 +3,6 @@
 
 #include "chipfilter.h"
 #include "chipinfotablemodel.h"
-#include "chipinfotablemodel_p.h"
 #include "devicedb.h"
 #include "searchlineedit.h"
 #include "ui_deviceselector.h"
@@ -244,6 +243,18 @@ ChipFilter filterFromBoxes(const Ui_DeviceSelector& ui)
     return filter;
 }
 
+// In the table's first order, so that a search over it keeps that order and
+// the table's own sort right after finds nothing to move.
+QList<ChipInfo> sortedByPartNumber(QList<ChipInfo> chips)
+{
+    ChipInfoTableModel sorter;
+    sorter.setChipInfoList(chips);
+    // With the sorter's copy the only one left, it sorts in place.
+    chips.clear();
+    sorter.sort(0, Qt::AscendingOrder);
+    return sorter.chipInfoList();
+}
+
 } // namespace
 
 void DeviceSelector::filter()
@@ -300,8 +311,7 @@ const QList<ChipInfo>& DeviceSelector::chipsOfBoxes()
 {
     const ChipFilter filter = filterFromBoxes(*ui);
     if (!sortedBase->valid || !sameFilter(sortedBase->filter, filter)) {
-        sortedBase->chips = db->filterChips(filter);
-        pimpl::sortChips(sortedBase->chips, 0, Qt::AscendingOrder);
+        sortedBase->chips = sortedByPartNumber(db->filterChips(filter));
         sortedBase->filter = filter;
         sortedBase->valid = true;
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "searchlineedit.h"
 
+#include "chipcolumns.h"
+
 #include <QAction>
 #include <QCursor>
 #include <QHBoxLayout>
@@ -13,15 +15,6 @@
 namespace DEV {
 
 namespace {
-
-// Menu order; the position is the group number a search understands. The menu
-// says "UserFlash" in one word while the chip table's header says
-// "User Flash"; users know both, so both stay.
-constexpr const char* RangeTexts[] = {
-    "All",     "Series", "Part Number", "Device", "Device Version", "Package",
-    "Speed",   "Voltage", "IO",         "LUT",    "FF",             "ROM16",
-    "SSRAM",   "BSRAM",  "UserFlash",   "DSP",    "PLL",
-};
 
 constexpr int IconHeight = 15;
 
@@ -47,16 +40,14 @@ SearchLineEdit::SearchLineEdit(QWidget* parent)
     layout->addStretch(1);
     layout->addWidget(button);
 
-    int group = 0;
-    for (const char* text : RangeTexts) {
-        auto* action = new QAction(QString::fromLatin1(text), this);
+    for (int group = 0; group < SearchGroupCount; ++group) {
+        auto* action = new QAction(searchGroupName(group), this);
         action->setData(group);
         if (group == 0) {
             action->setCheckable(true);
             action->setChecked(true);
         }
         rangeActions.append(action);
-        ++group;
     }
     for (QAction* action : qAsConst(rangeActions))
         action->setCheckable(true);

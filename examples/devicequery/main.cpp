@@ -10,8 +10,10 @@
 #include "chipjson.h"
 #include "commandline.h"
 
+#include <chipcolumns.h>
 #include <chipfilter.h>
 #include <chipinfo.h>
+#include <chipinfotablemodel.h>
 #include <devicedb.h>
 
 #include <QCommandLineOption>
@@ -124,21 +126,25 @@ Exit status: 0 chips printed, 1 nothing matched (--count still prints 0),
 
 using namespace ExampleCommandLine;
 
+// The group's name on the command line: "all", or the column's header in
+// lower case with a hyphen for each space ("user-flash").
+QString groupOptionName(int group)
+{
+    return group == 0 ? QStringLiteral("all")
+                      : DEV::chipColumnHeader(DEV::searchGroupColumn(group)).toLower().replace(QLatin1Char(' '), QLatin1Char('-'));
+}
+
 std::optional<int> searchGroup(const QString& name)
 {
-    static const QStringList names{
-        QStringLiteral("all"),   QStringLiteral("series"), QStringLiteral("part-number"),
-        QStringLiteral("device"), QStringLiteral("device-version"), QStringLiteral("package"),
-        QStringLiteral("speed"), QStringLiteral("voltage"), QStringLiteral("io"),
-        QStringLiteral("lut"),   QStringLiteral("ff"),     QStringLiteral("rom16"),
-        QStringLiteral("ssram"), QStringLiteral("bsram"),  QStringLiteral("user-flash"),
-        QStringLiteral("dsp"),   QStringLiteral("pll")};
     bool isNumber = false;
     const int number = name.toInt(&isNumber);
     if (isNumber)
-        return number >= 0 && number < names.size() ? std::optional<int>(number) : std::nullopt;
-    const int index = names.indexOf(name.toLower());
-    return index >= 0 ? std::optional<int>(index) : std::nullopt;
+        return number >= 0 && number < DEV::SearchGroupCount ? std::optional<int>(number) : std::nullopt;
+    for (int group = 0; group < DEV::SearchGroupCount; ++group) {
+        if (groupOptionName(group) == name.toLower())
+            return group;
+    }
+    return std::nullopt;
 }
 
 std::optional<int> patternSyntax(const QString& mode)
@@ -286,24 +292,17 @@ QList<DEV::ChipInfo> select(DEV::DeviceDb& db, const Query& q)
 
 QString tableText(const QList<DEV::ChipInfo>& chips)
 {
-    static const QStringList resourceNames{
-        QStringLiteral("IO"),    QStringLiteral("LUT"),   QStringLiteral("FF"),
-        QStringLiteral("ROM16"), QStringLiteral("SSRAM"), QStringLiteral("BSRAM"),
-        QStringLiteral("User Flash"), QStringLiteral("DSP"), QStringLiteral("PLL")};
+    // Cells as the chip table shows them, an empty count as 0 included.
+    const DEV::ChipInfoTableModel model;
     QList<QStringList> rows;
-    rows << (QStringList{QStringLiteral("Device ID"), QStringLiteral("Part Number"), QStringLiteral("Series"),
-                         QStringLiteral("Device"), QStringLiteral("Device Version"), QStringLiteral("Package"),
-                         QStringLiteral("Speed"), QStringLiteral("Voltage")}
-             + resourceNames);
+    QStringList header{QStringLiteral("Device ID")};
+    for (int c = 0; c < DEV::ChipColumnCount; ++c)
+        header << model.headerData(c, Qt::Horizontal).toString();
+    rows << header;
     for (const DEV::ChipInfo& chip : chips) {
-        QStringList row{chip.deviceId, chip.partNumber, chip.series, chip.device,
-                        chip.deviceVersion, chip.package, chip.speed, chip.voltage};
-        // Like the chip table: a count the file leaves empty, or that a short
-        // line lacks, is shown as 0.
-        for (int i = 0; i < resourceNames.size(); ++i) {
-            const QString value = chip.resources.value(i);
-            row << (value.isEmpty() ? QStringLiteral("0") : value);
-        }
+        QStringList row{chip.deviceId};
+        for (int c = 0; c < DEV::ChipColumnCount; ++c)
+            row << model.columnOfChipInfo(chip, c);
         rows << row;
     }
 
@@ -330,7 +329,10 @@ QString csvText(const QList<DEV::ChipInfo>& chips, bool header)
     QString text;
     if (header) {
         text += QStringLiteral("deviceId,partNumber,series,matchKey,device,deviceVersion,package,voltage,speed,"
-                               "auxiliary,IO,LUT,FF,ROM16,SSRAM,BSRAM,User Flash,DSP,PLL\n");
+                               "auxiliary");
+        for (int c = DEV::FirstResourceColumn; c < DEV::ChipColumnCount; ++c)
+            text += QLatin1Char(',') + DEV::chipColumnHeader(c);
+        text += QLatin1Char('\n');
     }
     // No quoting needed: the loader splits at every comma, so no value it
     // produced can hold one. Resources go out untrimmed and unpadded, as read.
