@@ -8,6 +8,7 @@
 #include <QStringView>
 
 #include <array>
+#include <optional>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -125,6 +126,26 @@ const void* sharedDataOf(const QString& s)
     return const_cast<QString&>(s).data_ptr();
 }
 
+/*
+ * QRegExp shares compiled patterns through a process-wide cache that Qt
+ * guards with a mutex of its own, which ThreadSanitizer cannot see into while
+ * Qt itself is not instrumented. The cache is touched when an expression is
+ * first prepared and when it is destroyed, and nowhere else: these two
+ * functions, which tests/sanitizers/tsan.supp names, so that every other
+ * access is still checked.
+ */
+Q_NEVER_INLINE bool compileSearchExpression(std::optional<QRegExp>& expression, const QString& pattern,
+                                            Qt::CaseSensitivity cs, QRegExp::PatternSyntax syntax)
+{
+    expression.emplace(pattern, cs, syntax);
+    return expression->isValid();
+}
+
+Q_NEVER_INLINE void releaseSearchExpression(std::optional<QRegExp>& expression)
+{
+    expression.reset();
+}
+
 // One search, prepared once and applied to many chips (see "Search" in
 // docs/performance.md). It holds a QRegExp, whose matching updates internal
 // state even through const calls: keep each matcher local to one call on one
@@ -144,10 +165,12 @@ public:
         switch (filter.patternSyntax) {
         case 0:
         case 1:
-            m_regExp = QRegExp(m_pattern, m_cs, filter.patternSyntax == 0 ? QRegExp::WildcardUnix : QRegExp::RegExp);
             // A half-typed expression such as "(" is normal while the user
             // types; it simply finds nothing.
-            m_mode = m_regExp.isValid() ? Mode::Expression : Mode::Nothing;
+            m_mode = compileSearchExpression(m_regExp, m_pattern, m_cs,
+                                             filter.patternSyntax == 0 ? QRegExp::WildcardUnix : QRegExp::RegExp)
+                ? Mode::Expression
+                : Mode::Nothing;
             break;
         case 2:
             m_mode = Mode::Exactly;
@@ -167,6 +190,10 @@ public:
             m_asciiPattern = ascii;
         }
     }
+
+    ~SearchMatcher() { releaseSearchExpression(m_regExp); }
+    SearchMatcher(const SearchMatcher&) = delete;
+    SearchMatcher& operator=(const SearchMatcher&) = delete;
 
     bool matches(const ChipInfo& chip)
     {
@@ -236,7 +263,7 @@ private:
             return true;
         switch (m_mode) {
         case Mode::Expression:
-            return m_regExp.exactMatch(v);
+            return m_regExp->exactMatch(v);
         case Mode::Exactly:
             return m_pattern.compare(v, m_cs) == 0;
         case Mode::Anywhere:
@@ -260,7 +287,7 @@ private:
     const QString m_missing;
     const bool m_remember;
     Mode m_mode = Mode::Anywhere;
-    QRegExp m_regExp;
+    std::optional<QRegExp> m_regExp;
     QString m_foldedPattern;
     bool m_asciiPattern = false;
     VerdictCache m_values;
