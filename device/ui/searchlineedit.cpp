@@ -18,12 +18,10 @@ namespace {
 
 constexpr int IconHeight = 15;
 
-} // namespace
-
-SearchLineEdit::SearchLineEdit(QWidget* parent)
-    : QLineEdit(parent)
+// The button that opens the options menu, inside @p edit at its right end.
+QPushButton* addOptionsButton(QLineEdit* edit)
 {
-    auto* button = new QPushButton(this);
+    auto* button = new QPushButton(edit);
     // The icon belongs to the host application. Scaling a null pixmap would
     // print a warning, and a missing icon is not worth one: the button then
     // simply shows no picture.
@@ -34,23 +32,28 @@ SearchLineEdit::SearchLineEdit(QWidget* parent)
 
     // A layout inside the line edit pins the button to its right end; the
     // stretch takes all the room to its left.
-    auto* layout = new QHBoxLayout(this);
+    auto* layout = new QHBoxLayout(edit);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addStretch(1);
     layout->addWidget(button);
+    return button;
+}
+
+} // namespace
+
+SearchLineEdit::SearchLineEdit(QWidget* parent)
+    : QLineEdit(parent)
+{
+    QPushButton* button = addOptionsButton(this);
 
     for (int group = 0; group < SearchGroupCount; ++group) {
         auto* action = new QAction(searchGroupName(group), this);
         action->setData(group);
-        if (group == 0) {
-            action->setCheckable(true);
-            action->setChecked(true);
-        }
+        action->setCheckable(true);
+        action->setChecked(group == 0);
         rangeActions.append(action);
     }
-    for (QAction* action : qAsConst(rangeActions))
-        action->setCheckable(true);
 
     const auto makeOption = [this](bool checked, const QString& text) {
         auto* action = new QAction(this);

@@ -9,6 +9,7 @@
 #include <devicedb.h>
 
 #include <QByteArray>
+#include <QCommandLineOption>
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
@@ -27,6 +28,21 @@ enum ExitStatus { Found = 0, NothingFound = 1, BadUsage = 2 };
 inline void printOut(const QByteArray& bytes)
 {
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+}
+
+/// -h, --help, as both programs take it.
+inline QCommandLineOption helpOption()
+{
+    return QCommandLineOption(QStringList{QStringLiteral("h"), QStringLiteral("help")},
+                              QStringLiteral("Show this help and exit."));
+}
+
+/// --data FILE, as both programs take it.
+inline QCommandLineOption dataOption()
+{
+    return QCommandLineOption(QStringLiteral("data"),
+                              QStringLiteral("Read the catalogue from FILE instead of the bundled one."),
+                              QStringLiteral("FILE"));
 }
 
 /// Prints "<application name>: <message>" on standard error; returns BadUsage.

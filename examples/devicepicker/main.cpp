@@ -39,12 +39,9 @@ enum class Answer { Nobody, Accept, Reject, Unknown };
 
 struct Options
 {
-    QCommandLineOption help{QStringList{QStringLiteral("h"), QStringLiteral("help")},
-                            QStringLiteral("Show this help and exit.")};
+    QCommandLineOption help = ExampleCommandLine::helpOption();
     QCommandLineOption version{QStringLiteral("version"), QStringLiteral("Show the program's version and exit.")};
-    QCommandLineOption data{QStringLiteral("data"),
-                            QStringLiteral("Read the catalogue from FILE instead of the bundled one."),
-                            QStringLiteral("FILE")};
+    QCommandLineOption data = ExampleCommandLine::dataOption();
     QCommandLineOption preset{QStringLiteral("preset"),
                               QStringLiteral("Open the dialog on the chip with device identifier ID; an old "
                                              "zr9k31-NNN identifier is understood."),

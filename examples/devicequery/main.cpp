@@ -47,11 +47,8 @@ struct Query
 
 struct Options
 {
-    QCommandLineOption help{QStringList{QStringLiteral("h"), QStringLiteral("help")},
-                            QStringLiteral("Show this help and exit.")};
-    QCommandLineOption data{QStringLiteral("data"),
-                            QStringLiteral("Read the catalogue from FILE instead of the bundled one."),
-                            QStringLiteral("FILE")};
+    QCommandLineOption help = ExampleCommandLine::helpOption();
+    QCommandLineOption data = ExampleCommandLine::dataOption();
     QCommandLineOption id{QStringLiteral("id"),
                           QStringLiteral("Chips with device identifier ID; an old zr9k31-NNN identifier "
                                          "is translated to its current zr9k31a-NNN one."),
