@@ -55,6 +55,18 @@ private Q_SLOTS:
         select("pn and another chip's key", {"--pn", "QB1-UVLQ144C7", "--key", "QB1_LQ144B"}, {});
         select("search within the filters, group by name", {"--series", "QB", "--search", "c8", "--in", "SPEED"}, {"qb1-003"});
         select("wildcard in group 2", {"--search", "qb1-uv*", "--in", "2", "--mode", "wildcard"}, {"qb1-002", "qb1-001"});
+        select("--min: at least, any case, 1Mb is 1024Kb; --smallest: required counts, then part number",
+               {"--min", "io=100", "--min", "SSRAM=1Mb", "--smallest"}, {"zr9k31-013", "zr9k31a-015"});
+        select("--smallest: IO before BSRAM", {"--min", "BSRAM=0", "--min", "IO=100", "--smallest"},
+               {"qb1-003", "qb1-001", "qb1-002", "qa2-001", "zr9k31-013", "zr9k31a-015"});
+        query("--min: an empty or missing count is 0", {"--count", "--min", "dsp=1", "--min", "pll=1"}, "5\n");
+        query("--min 1025Kb is more than 1Mb", {"--count", "--min", "user flash=1025Kb"}, "0\n");
+        query("--min: not a number", {"--min", "LUT=2k"}, "devicequery: LUT: '2k' is not a whole number\n");
+        query("--min: bytes are no unit", {"--min", "BSRAM=64KB"},
+              "devicequery: BSRAM: '64KB' is not a size such as 500Kb or 1Mb\n");
+        query("--min: not a resource", {"--min", "Speed=6"}, "devicequery: 'Speed' is not a resource column (IO, LUT, "
+              "FF, ROM16, SSRAM, BSRAM, User Flash, DSP, PLL)\n");
+        query("--smallest alone", {"--smallest"}, "devicequery: --smallest needs --min\n");
         QTest::newRow("--version among others filters") << "devicequery" << L{"--count", "--version"}
                                                          << "devicequery: missing value after '--version'\n";
         QTest::newRow("repeated filter") << "devicequery" << L{"--series", "QA", "--series", "QB"}
@@ -86,6 +98,39 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(r.err), error ? expected : QString());
         QCOMPARE(QString::fromUtf8(r.out), error ? QString() : expected);
         QCOMPARE(r.status, error ? 2 : expected.isEmpty() || expected == QLatin1String("0\n") ? 1 : 0);
+    }
+
+    // Each planted fault is reported on its line, in line order; the bundled catalogue (no file given) is clean.
+    void catalogueCheck_data()
+    {
+        QTest::addColumn<QByteArray>("catalogue");
+        QTest::addColumn<L>("findings");
+        const QByteArray chip = "a-1,P1,S,k,d,,pk,1.0V,C6,,10,20,30,0,8Kb,72Kb,,1,2";
+        QTest::newRow("bundled") << QByteArray() << L();
+        QTest::newRow("CR LF line ends, empty line") << chip + "\r\n\r\nb" + QByteArray(chip.mid(1)).replace("P1", "P2") + "\r\n" << L();
+        QTest::newRow("too few fields") << QByteArray("x,y\n  \n")
+            << L{"1: skipped by the loader: 2 of at least 8 fields", "2: trailing white space",
+                 "2: skipped by the loader: 1 of at least 8 fields"};
+        QTest::newRow("counts") << QByteArray("a-1,P1,S,k,d,,pk,1.0V,C6,,x,20, 30 ,0,8KB,2Mb,,1,2,3")
+            << L{"1: 10 resource counts instead of 9", "1: IO count 'x' is not a number",
+                 "1: SSRAM size '8KB' is not written like 72Kb", "1: BSRAM size '2Mb' is not written like 72Kb"};
+        QTest::newRow("same part number, same id, other resources") << chip + '\n' + QByteArray(chip).replace("72Kb", "64Kb")
+            << L{"2: part number 'P1' is already on line 1",
+                 "2: resources differ from line 1, which has the same device identifier 'a-1'"};
+        QTest::newRow("renamed onto nothing, trailing blank, stray CR")
+            << "zr9k31-013" + chip.mid(3) + " \n\nb" + QByteArray(chip.mid(1)).replace("P1", "P\r2")
+            << L{"1: trailing white space",
+                 "1: device identifier 'zr9k31-013' is looked up as 'zr9k31a-015', which no line has",
+                 "3: stray carriage return"};
+    }
+    void catalogueCheck()
+    {
+        QFETCH(QByteArray, catalogue);
+        QFETCH(L, findings);
+        const QString file = catalogue.isEmpty() ? QString() : m_files.write(catalogue);
+        const TestHelpers::Run r = runProgram(DEVICEQUERY_PATH, file.isEmpty() ? L{"--check"} : L{"--check", file});
+        QCOMPARE(QString::fromUtf8(r.out), findings.isEmpty() ? QString() : file + ':' + findings.join('\n' + file + ':') + '\n');
+        QCOMPARE(r.status, findings.isEmpty() ? 0 : 1);
     }
 
     // On the bundled catalogue beside bin/; the README shows main.cpp's host example.

@@ -7,6 +7,7 @@
 // zero), 1 when nothing matched, 2 for bad usage or an unreadable data file.
 // Scripts branch on these, so every failure path below ends in one of them.
 
+#include "cataloguecheck.h"
 #include "chipjson.h"
 #include "commandline.h"
 
@@ -14,6 +15,7 @@
 #include <chipfilter.h>
 #include <chipinfo.h>
 #include <chipinfotablemodel.h>
+#include <chiprequirements.h>
 #include <devicedb.h>
 
 #include <QCommandLineOption>
@@ -41,6 +43,8 @@ struct Query
     std::optional<QString> matchKey;
     DEV::ChipFilter filter;
     std::optional<DEV::ChipFilterBySearch> search;
+    DEV::ChipRequirements requirements;
+    bool smallest = false;
     Format format = Format::Table;
     bool header = false;
 };
@@ -88,12 +92,24 @@ struct Options
     QCommandLineOption header{QStringLiteral("header"), QStringLiteral("With --csv: start with a header line.")};
     QCommandLineOption json{QStringLiteral("json"), QStringLiteral("Print a JSON array of chip objects.")};
     QCommandLineOption count{QStringLiteral("count"), QStringLiteral("Print only the number of chips.")};
+    QCommandLineOption min{QStringLiteral("min"),
+                           QStringLiteral("Only chips with at least VALUE of resource COLUMN, e.g. LUT=20000 or "
+                                          "BSRAM=500Kb; repeatable."),
+                           QStringLiteral("COLUMN=VALUE")};
+    QCommandLineOption smallest{QStringLiteral("smallest"),
+                                QStringLiteral("With --min: smallest chip first, by the resources required.")};
+    QCommandLineOption check{QStringLiteral("check"),
+                             QStringLiteral("Check the catalogue (FILE, --data or the bundled one) and list "
+                                            "what is wrong in it.")};
 
-    QList<QCommandLineOption> all() const
+    /// The options that may be given once only.
+    QList<QCommandLineOption> once() const
     {
         return {help,   data, id,     pn,   key,           series, device, version, package, speed,
-                voltage, search, in, mode, caseSensitive, csv,    header, json,    count};
+                voltage, search, in, mode, caseSensitive, csv,    header, json,    count, smallest, check};
     }
+
+    QList<QCommandLineOption> all() const { return once() << min; }
 };
 
 const char* const kEpilog = R"(
@@ -109,6 +125,15 @@ lut (9), ff (10), rom16 (11), ssram (12), bsram (13), user-flash (14),
 dsp (15), pll (16). "all" covers series, part number, match key, device,
 package, auxiliary, voltage and every resource, but not the device version or
 the speed grade. The text "0" also finds an empty value.
+
+Requirements (--min), repeatable: COLUMN is a resource column as the table's
+header names it, any letter case (io, lut, ff, rom16, ssram, bsram,
+"user flash", dsp, pll); memory counts Kb, with an optional Kb or Mb unit
+(1Mb = 1024Kb). An empty or missing count is 0. --smallest orders the chips
+by the required counts in column order, then by part number.
+
+--check [FILE] reads a catalogue as the library does and prints each problem
+as FILE:LINE: message; exit status 0 when clean, 1 with findings.
 
 Output: a table by default (device identifier, then the chip table's
 columns; an empty resource shows as 0), or one of --csv, --json, --count.
@@ -161,7 +186,7 @@ std::optional<int> patternSyntax(const QString& mode)
 /// What is wrong with the options taken together, or an empty string.
 QString conflict(const QCommandLineParser& parser, const Options& o)
 {
-    const QString common = misuse(parser, o.all());
+    const QString common = misuse(parser, o.once());
     if (!common.isEmpty())
         return common;
     if (int(parser.isSet(o.csv)) + int(parser.isSet(o.json)) + int(parser.isSet(o.count)) > 1)
@@ -176,6 +201,8 @@ QString conflict(const QCommandLineParser& parser, const Options& o)
         return QStringLiteral("--in, --mode and --case need --search");
     if (parser.isSet(o.data) && parser.value(o.data).isEmpty())
         return QStringLiteral("--data needs a file name");
+    if (parser.isSet(o.smallest) && !parser.isSet(o.min))
+        return QStringLiteral("--smallest needs --min");
     return QString();
 }
 
@@ -240,6 +267,13 @@ std::optional<Query> readQuery(const QCommandLineParser& parser, const Options& 
             return std::nullopt;
     }
 
+    for (const QString& assignment : parser.values(o.min)) {
+        *error = q.requirements.set(assignment);
+        if (!error->isEmpty())
+            return std::nullopt;
+    }
+    q.smallest = parser.isSet(o.smallest);
+
     if (parser.isSet(o.csv))
         q.format = Format::Csv;
     else if (parser.isSet(o.json))
@@ -284,7 +318,8 @@ QList<DEV::ChipInfo> select(DEV::DeviceDb& db, const Query& q)
 
     if (q.search)
         chips = db.filterChips(*q.search, chips);
-    return chips;
+    chips = DEV::filterChips(chips, q.requirements);
+    return q.smallest ? DEV::smallestFirst(chips, q.requirements) : chips;
 }
 
 QString tableText(const QList<DEV::ChipInfo>& chips)
@@ -375,6 +410,29 @@ void print(const QList<DEV::ChipInfo>& chips, const Query& query)
     }
 }
 
+/// --check: prints the catalogue's findings; 0 when there are none, 1
+/// with findings, 2 when it cannot be read.
+int checkCatalogue(const QCommandLineParser& parser, const Options& o)
+{
+    QStringList files = parser.positionalArguments();
+    if (parser.isSet(o.data))
+        files << parser.value(o.data);
+    if (files.size() > 1)
+        return usageError(QStringLiteral("--check reads one catalogue"));
+    for (const QCommandLineOption& option : o.all()) {
+        if (parser.isSet(option) && option.names() != o.check.names() && option.names() != o.data.names())
+            return usageError(QStringLiteral("--check takes no other option than --data"));
+    }
+    const QString path = files.isEmpty() ? DEV::DeviceDb::defaultDataFile() : files.constFirst();
+    bool readable = false;
+    const QStringList findings = CatalogueCheck::findings(path, &readable);
+    if (!readable)
+        return usageError(QStringLiteral("cannot read data file: %1").arg(path));
+    for (const QString& finding : findings)
+        printOut((finding + QLatin1Char('\n')).toLocal8Bit());
+    return findings.isEmpty() ? Found : NothingFound;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -401,6 +459,9 @@ int main(int argc, char* argv[])
         printOut((parser.helpText() + QLatin1String(kEpilog)).toLocal8Bit());
         return Found;
     }
+
+    if (parser.isSet(options.check))
+        return checkCatalogue(parser, options);
 
     QString error;
     const std::optional<Query> query = readQuery(parser, options, &error);
