@@ -48,7 +48,7 @@ public:
     {
         if ((m_size + 1) * 4 > m_slots.size() * 3)
             grow();
-        hash |= 1; // zero marks a free slot
+        hash = spread(hash) | 1; // zero marks a free slot
         const size_t mask = m_slots.size() - 1;
         for (size_t i = hash & mask;; i = (i + 1) & mask) {
             Slot& slot = m_slots[i];
@@ -64,6 +64,20 @@ public:
     }
 
 private:
+    // qHash() of similar texts ("1000", "1001", ...) gives nearby numbers;
+    // with linear probing, whole families of such values would pile up in
+    // one run of slots and every look-up would walk it. Mixing all bits
+    // into the low ones (the finaliser of MurmurHash3) scatters them.
+    static uint spread(uint h)
+    {
+        h ^= h >> 16;
+        h *= 0x85ebca6bU;
+        h ^= h >> 13;
+        h *= 0xc2b2ae35U;
+        h ^= h >> 16;
+        return h;
+    }
+
     struct Slot
     {
         uint hash = 0;
