@@ -2,8 +2,9 @@
 #ifndef DEV_BENCH_CATALOGUES_H
 #define DEV_BENCH_CATALOGUES_H
 
-// Generated catalogues of fixed sizes, made once with scripts/gen-catalogue
-// and kept in the build tree, and the databases loaded from them.
+// Generated catalogues of fixed sizes and shapes, made once with
+// scripts/gen-catalogue and kept in the build tree, and the databases loaded
+// from them.
 
 #include "devicedb.h"
 
@@ -19,18 +20,21 @@
 
 namespace Bench {
 
+/// The catalogue of @p chips chips, shaped as DEVICE_BENCH_SHAPE says
+/// (scripts/gen-catalogue --shape: real, distinct or copies; default real).
 inline QString cataloguePath(int chips)
 {
     const QString dir = QStringLiteral(DEVICE_BENCH_DATA_DIR);
     QDir().mkpath(dir);
-    const QString path = dir + QStringLiteral("/catalogue-%1.csv").arg(chips);
+    const QString shape = qEnvironmentVariable("DEVICE_BENCH_SHAPE", QStringLiteral("real"));
+    const QString path = dir + QStringLiteral("/%1-%2.csv").arg(shape).arg(chips);
     if (!QFileInfo::exists(path)) {
         std::fprintf(stderr, "generating %s\n", qPrintable(path));
         QProcess gen;
         gen.setStandardOutputFile(path);
         gen.start(QStringLiteral("python3"),
                   {QStringLiteral(DEVICE_SOURCE_DIR "/scripts/gen-catalogue"), QStringLiteral("--chips"),
-                   QString::number(chips)});
+                   QString::number(chips), QStringLiteral("--shape"), shape});
         if (!gen.waitForFinished(-1) || gen.exitCode() != 0) {
             std::fprintf(stderr, "cannot generate %s\n", qPrintable(path));
             QFile::remove(path);
