@@ -109,6 +109,17 @@ private Q_SLOTS:
         }
         // Guard against a generator that only ever produces one answer.
         QVERIFY(matched > 300 * 50 && matched < 300 * 950);
+        // A list long enough to be searched on two threads finds what its pieces, searched on one, find.
+        QList<ChipInfo> longList;
+        while (longList.size() < 40000)
+            longList << loaded << built;
+        for (int round = 0; round < 20; ++round) {
+            const ChipFilterBySearch f = Reference::randomSearch(choose);
+            QList<ChipInfo> expected;
+            for (int from = 0; from < longList.size(); from += built.size())
+                expected << DEV::filterChips(longList.mid(from, built.size()), f);
+            QCOMPARE(TestHelpers::ids(DEV::filterChips(longList, f)), TestHelpers::ids(expected));
+        }
         QCOMPARE(capture.count(), loadMessages); // a pattern that is not a valid expression is not reported
     }
 };

@@ -7,8 +7,13 @@
 #include <QRegExp>
 #include <QStringView>
 
+#include <algorithm>
 #include <array>
+#include <functional>
 #include <optional>
+#include <system_error>
+#include <thread>
+#include <vector>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -294,6 +299,46 @@ private:
     VerdictCache m_lists;
 };
 
+// Lists shorter than this are searched on the calling thread alone: starting
+// a thread costs tens of microseconds, which a short search would not win back.
+constexpr int ParallelFrom = 16384;
+
+// Sets verdicts[i] for chips [from, to) of @p list.
+void decideRange(const QList<ChipInfo>& list, const ChipFilterBySearch& filter, int from, int to,
+                 std::vector<char>& verdicts)
+{
+    SearchMatcher matcher(filter, true);
+    for (int i = from; i < to; ++i)
+        verdicts[size_t(i)] = matcher.matches(list.at(i)) ? 1 : 0;
+}
+
+/*
+ * Sets verdicts[i] for every chip of @p list. A long list is split in two
+ * halves, decided at once on this thread and a second one, each with a
+ * matcher (and verdict cache) of its own: the verdict of a chip depends on
+ * nothing but the chip and the filter, so the result is the same as on one
+ * thread. If no thread can be started, this thread decides both halves.
+ */
+void decideInParallel(const QList<ChipInfo>& list, const ChipFilterBySearch& filter, std::vector<char>& verdicts)
+{
+    static const bool severalCores = std::thread::hardware_concurrency() > 1;
+    const int n = list.size();
+    if (n < ParallelFrom || !severalCores) {
+        decideRange(list, filter, 0, n, verdicts);
+        return;
+    }
+    const int half = n / 2;
+    std::thread second;
+    try {
+        second = std::thread(decideRange, std::cref(list), std::cref(filter), half, n, std::ref(verdicts));
+    } catch (const std::system_error&) {
+        decideRange(list, filter, half, n, verdicts);
+    }
+    decideRange(list, filter, 0, half, verdicts);
+    if (second.joinable())
+        second.join();
+}
+
 } // namespace
 
 bool matchFilter(const ChipInfo& info, const ChipFilterBySearch& filter)
@@ -308,25 +353,23 @@ QList<ChipInfo> DeviceDb::filterChips(const ChipFilterBySearch& filter, const QL
 
 QList<ChipInfo> filterChips(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter)
 {
-    SearchMatcher matcher(filter, true);
     const QList<ChipInfo> list = chips;
+    const int n = list.size();
+    std::vector<char> verdicts(size_t(n), 0);
+    decideInParallel(list, filter, verdicts);
+
+    const int kept = int(std::count(verdicts.begin(), verdicts.end(), 1));
     // Short searches often keep every chip; the input itself is then the
-    // answer, and nothing is copied until the first chip falls out.
+    // answer, and no record is copied.
+    if (kept == n)
+        return list;
     QList<ChipInfo> result;
-    bool allMatch = true;
-    for (int i = 0; i < list.size(); ++i) {
-        const ChipInfo& chip = list.at(i);
-        if (matcher.matches(chip)) {
-            if (!allMatch)
-                result.append(chip);
-        } else if (allMatch) {
-            allMatch = false;
-            result.reserve(list.size() - 1);
-            for (int j = 0; j < i; ++j)
-                result.append(list.at(j));
-        }
+    result.reserve(kept);
+    for (int i = 0; i < n; ++i) {
+        if (verdicts[size_t(i)])
+            result.append(list.at(i));
     }
-    return allMatch ? list : result;
+    return result;
 }
 
 } // namespace DEV
