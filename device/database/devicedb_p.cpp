@@ -9,8 +9,14 @@
 #include <QVarLengthArray>
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <memory>
 #include <vector>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace DEV {
 namespace pimpl {
@@ -27,6 +33,36 @@ constexpr int MinimumColumns = 8;
 // The file is decoded block by block, so memory stays bounded however large
 // the file is, while each block is big enough to make per-call costs vanish.
 constexpr qint64 BlockSize = 1 << 20;
+
+// Whether two texts hold the same UTF-16 units.
+bool sameText(QStringView a, QStringView b)
+{
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), size_t(a.size()) * sizeof(QChar)) == 0;
+}
+
+// A hash of the text's units read eight bytes at a time; qHash() reads them
+// one by one, and loading hashes nearly every byte of the file.
+uint hashOf(QStringView text)
+{
+    const char* bytes = reinterpret_cast<const char*>(text.data());
+    size_t left = size_t(text.size()) * sizeof(QChar);
+    quint64 h = 0x9e3779b97f4a7c15ULL ^ left;
+    const auto mix = [&h](quint64 word) {
+        h = (h ^ word) * 0xff51afd7ed558ccdULL;
+        h ^= h >> 32;
+    };
+    for (; left >= 8; left -= 8, bytes += 8) {
+        quint64 word;
+        std::memcpy(&word, bytes, 8);
+        mix(word);
+    }
+    if (left) {
+        quint64 word = 0;
+        std::memcpy(&word, bytes, left);
+        mix(word);
+    }
+    return uint(h ^ (h >> 29));
+}
 
 /**
  * An open-addressing hash set of values, for interning while loading.
@@ -64,7 +100,7 @@ public:
     }
 
 private:
-    // qHash() of similar texts ("1000", "1001", ...) gives nearby numbers;
+    // Hashes of similar texts ("1000", "1001", ...) may be nearby numbers;
     // with linear probing, whole families of such values would pile up in
     // one run of slots and every look-up would walk it. Mixing all bits
     // into the low ones (the finaliser of MurmurHash3) scatters them.
@@ -126,13 +162,7 @@ public:
         if (line.isEmpty())
             return;
 
-        m_commas.clear();
-        const QChar* begin = line.data();
-        const qsizetype size = line.size();
-        for (qsizetype i = 0; i < size; ++i) {
-            if (begin[i] == QLatin1Char(','))
-                m_commas.append(int(i));
-        }
+        findCommas(line);
         const int columns = m_commas.size() + 1;
         if (columns < MinimumColumns) {
             qCritical() << "incorrect device info entry" << line.toString();
@@ -196,6 +226,32 @@ public:
     }
 
 private:
+    // The positions of the line's commas, eight units at a time where SSE2
+    // is at hand: the scan touches every character of the file.
+    void findCommas(QStringView line)
+    {
+        m_commas.clear();
+        const auto* units = reinterpret_cast<const ushort*>(line.data());
+        const qsizetype size = line.size();
+        qsizetype i = 0;
+#if defined(__SSE2__)
+        const __m128i comma = _mm_set1_epi16(',');
+        for (; i + 8 <= size; i += 8) {
+            const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + i));
+            int hits = _mm_movemask_epi8(_mm_cmpeq_epi16(chunk, comma));
+            while (hits) {
+                const int bit = __builtin_ctz(unsigned(hits));
+                m_commas.append(int(i + bit / 2));
+                hits &= ~(3 << bit);
+            }
+        }
+#endif
+        for (; i < size; ++i) {
+            if (units[i] == ',')
+                m_commas.append(int(i));
+        }
+    }
+
     QStringView column(QStringView line, int c) const
     {
         const int from = c == 0 ? 0 : m_commas.at(c - 1) + 1;
@@ -203,14 +259,24 @@ private:
         return line.mid(from, to - from);
     }
 
-    QString text(QStringView line, int c) { return intern(column(line, c).trimmed()); }
+    // Neighbouring lines mostly belong to one device and repeat most of
+    // their values, so the value that a column had on the line before is
+    // tried before the intern table.
+    QString text(QStringView line, int c)
+    {
+        const QStringView value = column(line, c).trimmed();
+        QString& previous = m_previous[size_t(c)];
+        if (!sameText(previous, value) || previous.isNull())
+            previous = intern(value);
+        return previous;
+    }
 
     QString intern(QStringView value)
     {
         if (value.isEmpty())
             return m_empty;
         return m_strings.findOrInsert(
-            qHash(value), [value](const QString& stored) { return QStringView(stored) == value; },
+            hashOf(value), [value](const QString& stored) { return sameText(stored, value); },
             [value] { return value.toString(); });
     }
 
@@ -225,7 +291,7 @@ private:
             if (stored.size() != m_commas.size() - FirstResourceColumn + 1)
                 return false;
             for (int c = FirstResourceColumn; c <= m_commas.size(); ++c) {
-                if (QStringView(stored.at(c - FirstResourceColumn)) != column(line, c))
+                if (!sameText(stored.at(c - FirstResourceColumn), column(line, c)))
                     return false;
             }
             return true;
@@ -237,7 +303,12 @@ private:
                 list.append(intern(column(line, c)));
             return list;
         };
-        return m_resourceLists.findOrInsert(qHash(tail), sameCounts, makeList);
+        // Lines of one device identifier follow each other and repeat its
+        // counts: the list of the line before usually serves.
+        if (sameCounts(m_previousResources))
+            return m_previousResources;
+        m_previousResources = m_resourceLists.findOrInsert(hashOf(tail), sameCounts, makeList);
+        return m_previousResources;
     }
 
     int versionBucket(const QString& version)
@@ -255,6 +326,8 @@ private:
     std::vector<ChipInfo> m_records;
     QString m_empty;
     QVarLengthArray<int, 64> m_commas;
+    std::array<QString, FirstResourceColumn> m_previous;
+    QStringList m_previousResources;
     FlatPool<QString> m_strings;
     FlatPool<QStringList> m_resourceLists;
     QList<QString> m_versions;
