@@ -5,6 +5,8 @@
 #include "reference/reference.h"
 #include "testhelpers.h"
 
+#include <chiprequirements.h>
+
 using DEV::ChipFilter;
 using DEV::ChipFilterBySearch;
 using DEV::ChipInfo;
@@ -85,6 +87,61 @@ private Q_SLOTS:
         QCOMPARE(devices.size(), chips.size());
         for (int i = 0; i < chips.size(); ++i)
             QCOMPARE(TestHelpers::fields(devices.at(i)), TestHelpers::fields(chips.at(i)));
+    }
+
+    // "COLUMN=VALUE" requirements: the message for the first one refused (the record keeps the others), the minimums
+    // read back, and the chips that meet them, smallest first.
+    void requirements_data()
+    {
+        QTest::addColumn<L>("assignments");
+        QTest::addColumn<QString>("refused");
+        QTest::addColumn<L>("set");
+        QTest::addColumn<L>("fitting");
+        const L byName{"P-bare", "P-empty", "P-missing", "P1023", "P1024", "P2Mb", "P8"};
+        QTest::newRow("none: by part number") << L() << "" << L() << byName;
+        QTest::newRow("1Mb is 1024Kb") << L{"SSRAM=1Mb"} << "" << L{"SSRAM=1024Kb"} << L{"P-bare", "P1024", "P2Mb"};
+        QTest::newRow("bare is Kb; names in any case and spacing") << L{"user flash=0", " ssram = 1024 "} << ""
+            << L{"SSRAM=1024Kb", "User Flash=0Kb"} << L{"P-bare", "P1024", "P2Mb"};
+        QTest::newRow("blanks read past; empty and missing are 0") << L{"SSRAM=8"} << "" << L{"SSRAM=8Kb"}
+            << L{"P8", "P1023", "P-bare", "P1024", "P2Mb"};
+        QTest::newRow("empty value unsets") << L{"SSRAM=1Mb", "ssram="} << "" << L() << byName;
+        QTest::newRow("twelve digits at most") << L{"IO=999999999999", "LUT=1234567890123"}
+            << "LUT: '1234567890123' is not a whole number" << L{"IO=999999999999"} << L();
+        QTest::newRow("no column") << L{"=5"} << "'' is not a resource column (IO, LUT, FF, ROM16, SSRAM, BSRAM, "
+            "User Flash, DSP, PLL)" << L() << byName;
+        QTest::newRow("no value") << L{"PLL"} << "'PLL' is not COLUMN=VALUE" << L() << byName;
+        QTest::newRow("bytes") << L{"BSRAM=2MB"} << "BSRAM: '2MB' is not a size such as 500Kb or 1Mb" << L() << byName;
+        QTest::newRow("negative") << L{"DSP=-1"} << "DSP: '-1' is not a whole number" << L() << byName;
+        QTest::newRow("Kb on a count") << L{"DSP=1Kb"} << "DSP: '1Kb' is not a whole number" << L() << byName;
+    }
+    void requirements()
+    {
+        QFETCH(L, assignments);
+        QFETCH(QString, refused);
+        QFETCH(L, set);
+        QFETCH(L, fitting);
+        const auto chip = [](const char* pn, const char* ssram) {
+            return "m," + QByteArray(pn) + ",S,k,d,,pk,1.0V,C6,,10,200,300,0," + ssram + ",0,,1,2\n";
+        };
+        const QList<ChipInfo> chips = m_files.load("m,P-missing,S,k,d,,pk,1.0V,C6,,10,200,300,0\n" + chip("P-empty", "")
+            + chip("P8", " 8Kb ") + chip("P1023", "1023Kb") + chip("P1024", "1024Kb") + chip("P-bare", "1024")
+            + chip("P2Mb", "2Mb"))->allChipInfo();
+        DEV::ChipRequirements needs;
+        QString message;
+        for (const QString& assignment : assignments) {
+            const QString m = needs.set(assignment);
+            message = message.isEmpty() ? m : message;
+        }
+        QCOMPARE(message, refused);
+        QCOMPARE(needs.toStrings(), set);
+        QCOMPARE(needs.isEmpty(), set.isEmpty());
+        L names;
+        for (const ChipInfo& c : DEV::smallestFirst(DEV::filterChips(chips, needs), needs))
+            names << c.partNumber;
+        QCOMPARE(names, fitting);
+        // Only the resource columns have amounts and minimums.
+        QCOMPARE(DEV::resourceAmount(chips.first(), int(DEV::ChipColumn::Voltage)), 0);
+        QCOMPARE(needs.minimumOf(DEV::ChipColumnCount), DEV::ChipRequirements::Unset);
     }
 
     // The library's search against the literal reference, over random chips and searches, seeded so every run checks
