@@ -147,6 +147,13 @@ private Q_SLOTS:
         for (int i = 0; i < 9990; ++i)
             large += ',' + QByteArray::number(i);
         QTest::newRow("large file") << QByteArray("UTF-8") << large;
+        // Large enough to be read in two halves: random lines on both sides of the cut.
+        QRandomGenerator rng(7);
+        QByteArray mixed = "id,PN,s,k,d,,p,v\n"; // no byte-order mark: the locale's encoding
+        while (mixed.size() < 3 * 1024 * 1024)
+            mixed += randomFile(rng);
+        QTest::newRow("random lines across the halves, UTF-8 locale") << QByteArray("UTF-8") << mixed;
+        QTest::newRow("random lines across the halves, Latin-1 locale") << QByteArray("ISO-8859-1") << mixed;
     }
     void agreesWithReferenceLoader()
     {

@@ -6,11 +6,20 @@
 #include <QHash>
 #include <QStringView>
 #include <QTextCodec>
+#include <QStringList>
 #include <QVarLengthArray>
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <functional>
+#include <iterator>
+#include <system_error>
+#include <thread>
 #include <memory>
 #include <vector>
 
@@ -32,7 +41,9 @@ constexpr int MinimumColumns = 8;
 
 // The file is decoded block by block, so memory stays bounded however large
 // the file is, while each block is big enough to make per-call costs vanish.
-constexpr qint64 BlockSize = 1 << 20;
+// A decoded block stays below the size from which the allocator maps memory
+// of its own, whose freeing would make it keep later large blocks.
+constexpr qint64 BlockSize = 1 << 15;
 
 // Whether two texts hold the same UTF-16 units.
 bool sameText(QStringView a, QStringView b)
@@ -165,7 +176,7 @@ public:
         findCommas(line);
         const int columns = m_commas.size() + 1;
         if (columns < MinimumColumns) {
-            qCritical() << "incorrect device info entry" << line.toString();
+            m_malformed.append(line.toString());
             return;
         }
 
@@ -186,9 +197,25 @@ public:
         m_versionRank.push_back(versionBucket(info.deviceVersion));
     }
 
-    /// Appends the records to the list, ordered by device version, newest first.
+    /// Takes over the records and messages of @p later, which read the lines after this one's.
+    void append(RecordBuilder& later)
+    {
+        for (int rank : later.m_versionRank)
+            m_versionRank.push_back(versionBucket(later.m_versions.at(rank)));
+        m_records.reserve(m_records.size() + later.m_records.size());
+        std::move(later.m_records.begin(), later.m_records.end(), std::back_inserter(m_records));
+        later.m_records.clear();
+        m_malformed += later.m_malformed;
+    }
+
+    /// Reports the malformed lines in file order, then appends the records to
+    /// the list, ordered by device version, newest first.
     void finish()
     {
+        for (const QString& line : qAsConst(m_malformed))
+            qCritical() << "incorrect device info entry" << line;
+        m_malformed.clear();
+
         // Few distinct versions exist, so this is a counting sort: rank the
         // versions, then give each record its slot. Records of one version
         // keep their file order.
@@ -324,6 +351,8 @@ private:
 
     QList<ChipInfo>& m_chips;
     std::vector<ChipInfo> m_records;
+    // Reported by finish(), so that lines read on two threads come out in file order.
+    QStringList m_malformed;
     QString m_empty;
     QVarLengthArray<int, 64> m_commas;
     std::array<QString, FirstResourceColumn> m_previous;
@@ -334,6 +363,125 @@ private:
     QHash<QStringView, int> m_versionIds;
     std::vector<int> m_versionRank;
 };
+
+/*
+ * Decodes bytes handed over in blocks and gives the builder every complete
+ * line. A carriage return is dropped from the decoded text, not from the
+ * bytes, which would break UTF-16.
+ */
+class LineFeeder
+{
+public:
+    LineFeeder(std::unique_ptr<QTextDecoder> decoder, RecordBuilder& builder)
+        : m_decoder(std::move(decoder))
+        , m_builder(builder)
+    {
+    }
+
+    void feed(const char* bytes, int size)
+    {
+        const int decodedFrom = m_buffer.size();
+        m_buffer += m_decoder->toUnicode(bytes, size);
+        if (m_buffer.indexOf(QLatin1Char('\r'), decodedFrom) >= 0) {
+            QChar* begin = m_buffer.data();
+            QChar* end = std::remove(begin + decodedFrom, begin + m_buffer.size(), QLatin1Char('\r'));
+            m_buffer.truncate(int(end - begin));
+        }
+
+        // What was left over from the last block holds no line break, so the
+        // search starts with the new text: a line spanning many blocks is
+        // not scanned again for every block.
+        const QStringView text(m_buffer);
+        qsizetype start = 0;
+        for (qsizetype end = text.indexOf(QLatin1Char('\n'), decodedFrom); end >= 0;
+             end = text.indexOf(QLatin1Char('\n'), start)) {
+            m_builder.addLine(text.mid(start, end - start));
+            start = end + 1;
+        }
+        m_buffer.remove(0, int(start));
+    }
+
+    /// The last line, which has no line break after it.
+    void finish() { m_builder.addLine(m_buffer); }
+
+private:
+    std::unique_ptr<QTextDecoder> m_decoder;
+    RecordBuilder& m_builder;
+    QString m_buffer;
+};
+
+QTextCodec* codecFor(const char* bytes, qint64 size)
+{
+    const QByteArray head = QByteArray::fromRawData(bytes, int(std::min(size, BlockSize)));
+    return QTextCodec::codecForUtfText(head, QTextCodec::codecForLocale());
+}
+
+void readStream(QFile& file, RecordBuilder& builder)
+{
+    std::unique_ptr<LineFeeder> feeder;
+    for (;;) {
+        const QByteArray block = file.read(BlockSize);
+        if (block.isEmpty())
+            break;
+        if (!feeder) {
+            QTextCodec* codec = codecFor(block.constData(), block.size());
+            feeder = std::make_unique<LineFeeder>(std::unique_ptr<QTextDecoder>(codec->makeDecoder()), builder);
+        }
+        feeder->feed(block.constData(), block.size());
+    }
+    if (feeder)
+        feeder->finish();
+}
+
+void feedRange(const char* bytes, qint64 size, LineFeeder& feeder)
+{
+    for (qint64 at = 0; at < size; at += BlockSize)
+        feeder.feed(bytes + at, int(std::min(BlockSize, size - at)));
+    feeder.finish();
+}
+
+// Files from this size on are read in two halves on two threads, when the
+// encoding allows cutting the bytes at a line break.
+constexpr qint64 TwoThreadsFrom = 2 << 20;
+
+/*
+ * Reads a file mapped into memory. In UTF-8 and the one-byte encodings a
+ * byte 0x0A is a line break wherever it stands, so a large file is cut after
+ * the line break nearest its middle, and each half is decoded and parsed on
+ * a thread of its own into a builder of its own; the second half's decoder
+ * takes a leading U+FEFF as text, as the single decoder would have. The
+ * records come together in file order, and equal values read by both
+ * halves are simply stored twice.
+ */
+void readMapped(const char* bytes, qint64 size, RecordBuilder& builder)
+{
+    QTextCodec* codec = codecFor(bytes, size);
+    const int mib = codec->mibEnum();
+    const bool cuttable = mib == 106 || mib == 4 || mib == 3; // UTF-8, Latin-1, ASCII
+    const char* middle = nullptr;
+    if (cuttable && size >= TwoThreadsFrom && std::thread::hardware_concurrency() > 1)
+        middle = static_cast<const char*>(std::memchr(bytes + size / 2, '\n', size_t(size - size / 2)));
+    LineFeeder first(std::unique_ptr<QTextDecoder>(codec->makeDecoder()), builder);
+    if (!middle) {
+        feedRange(bytes, size, first);
+        return;
+    }
+
+    const qint64 cut = middle - bytes + 1;
+    QList<ChipInfo> unused;
+    RecordBuilder laterRecords(unused);
+    LineFeeder second(std::unique_ptr<QTextDecoder>(codec->makeDecoder(QTextCodec::IgnoreHeader)), laterRecords);
+    std::thread worker;
+    try {
+        worker = std::thread(feedRange, bytes + cut, size - cut, std::ref(second));
+    } catch (const std::system_error&) {
+        feedRange(bytes + cut, size - cut, second);
+    }
+    feedRange(bytes, cut, first);
+    if (worker.joinable())
+        worker.join();
+    builder.append(laterRecords);
+}
 
 } // namespace
 
@@ -348,42 +496,22 @@ void DeviceDbPrivate::loadDataFile(const QString& fileName)
     // Read the file exactly as a text stream over a text-mode file would:
     // raw bytes, decoded in the encoding that a byte-order mark names or
     // else in the locale's, and then every carriage return dropped from the
-    // decoded text. Dropping them from the bytes instead would break UTF-16.
+    // decoded text (see LineFeeder).
     file.setTextModeEnabled(false);
-    std::unique_ptr<QTextDecoder> decoder;
     RecordBuilder builder(chips);
-    QString buffer;
-    for (;;) {
-        const QByteArray block = file.read(BlockSize);
-        if (block.isEmpty())
-            break;
-        if (!decoder) {
-            QTextCodec* codec = QTextCodec::codecForUtfText(block, QTextCodec::codecForLocale());
-            decoder.reset(codec->makeDecoder());
-        }
-        const int decodedFrom = buffer.size();
-        buffer += decoder->toUnicode(block);
-        if (buffer.indexOf(QLatin1Char('\r'), decodedFrom) >= 0) {
-            QChar* begin = buffer.data();
-            QChar* end = std::remove(begin + decodedFrom, begin + buffer.size(), QLatin1Char('\r'));
-            buffer.truncate(int(end - begin));
-        }
-
-        // What was left over from the last block holds no line break, so the
-        // search starts with the new text: a line spanning many blocks is
-        // not scanned again for every block.
-        const QStringView text(buffer);
-        qsizetype start = 0;
-        for (qsizetype end = text.indexOf(QLatin1Char('\n'), decodedFrom); end >= 0;
-             end = text.indexOf(QLatin1Char('\n'), start)) {
-            builder.addLine(text.mid(start, end - start));
-            start = end + 1;
-        }
-        buffer.remove(0, int(start));
-    }
-    builder.addLine(buffer);
+    const qint64 size = file.size();
+    const uchar* mapped = size > 0 ? file.map(0, size) : nullptr;
+    if (mapped)
+        readMapped(reinterpret_cast<const char*>(mapped), size, builder);
+    else
+        readStream(file, builder);
     builder.finish();
     file.close();
+#if defined(__GLIBC__)
+    // Loading frees its temporary tables, most of them on a second thread
+    // whose allocator arena would keep them; hand the pages back.
+    malloc_trim(0);
+#endif
 }
 
 } // namespace pimpl
