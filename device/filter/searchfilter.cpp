@@ -216,12 +216,36 @@ public:
         // order only decides how early the walk may stop.
         // Part numbers are nearly all distinct: remembering them would only
         // fill the cache.
-        return value(chip.series) || decide(chip.partNumber) || value(chip.matchKey) || value(chip.device)
-            || value(chip.package) || value(chip.auxiliary) || value(chip.voltage) || counts(chip.resources);
+        return deviceValues(chip) || decide(chip.partNumber) || value(chip.voltage);
     }
 
 private:
     enum class Mode { Expression, Exactly, Anywhere, Nothing };
+
+    // The values that every chip of one device identifier shares. Such
+    // chips stand next to each other in a catalogue, so the verdict on the
+    // chip before is kept with the identities of its values and serves as
+    // long as they stay the same.
+    bool deviceValues(const ChipInfo& chip)
+    {
+        if (!m_remember)
+            return decideDeviceValues(chip);
+        const std::array<const void*, 6> ids{sharedDataOf(chip.series),  sharedDataOf(chip.matchKey),
+                                             sharedDataOf(chip.device),  sharedDataOf(chip.package),
+                                             sharedDataOf(chip.auxiliary),
+                                             chip.resources.isEmpty() ? nullptr : &chip.resources.constFirst()};
+        if (ids != m_lastDeviceValues) {
+            m_lastDeviceValues = ids;
+            m_lastDeviceVerdict = decideDeviceValues(chip);
+        }
+        return m_lastDeviceVerdict;
+    }
+
+    bool decideDeviceValues(const ChipInfo& chip)
+    {
+        return value(chip.series) || value(chip.matchKey) || value(chip.device) || value(chip.package)
+            || value(chip.auxiliary) || counts(chip.resources);
+    }
 
     bool value(const QString& v)
     {
@@ -297,6 +321,8 @@ private:
     bool m_asciiPattern = false;
     VerdictCache m_values;
     VerdictCache m_lists;
+    std::array<const void*, 6> m_lastDeviceValues{};
+    bool m_lastDeviceVerdict = false;
 };
 
 // Lists shorter than this are searched on the calling thread alone: starting
