@@ -83,6 +83,8 @@ int asciiContainsFolded(QStringView value, QStringView foldedNeedle)
     const qsizetype m = foldedNeedle.size();
     if (m == 0)
         return 1; // found at position 0 of any value, as QString::indexOf has it
+    if (n < m)
+        return 0; // whatever the characters, as QString::indexOf has it too
     const char16_t* h = reinterpret_cast<const char16_t*>(value.data());
     const char16_t* p = reinterpret_cast<const char16_t*>(foldedNeedle.data());
     qsizetype i = 0;
