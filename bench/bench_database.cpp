@@ -7,21 +7,10 @@
 
 #include <benchmark/benchmark.h>
 
-#include <QFile>
 
 #include <malloc.h>
-#include <unistd.h>
 
 namespace {
-
-long residentBytes()
-{
-    QFile statm(QStringLiteral("/proc/self/statm"));
-    if (!statm.open(QIODevice::ReadOnly))
-        return 0;
-    const QList<QByteArray> fields = statm.readAll().split(' ');
-    return fields.value(1).toLong() * sysconf(_SC_PAGESIZE);
-}
 
 void Load_Device(benchmark::State& state)
 {
@@ -58,10 +47,10 @@ void residentPerChip(benchmark::State& state, Load load)
     double perChip = 0;
     for (auto _ : state) {
         malloc_trim(0);
-        const long before = residentBytes();
+        const long before = Bench::residentBytes();
         auto kept = load(path);
         malloc_trim(0);
-        const long after = residentBytes();
+        const long after = Bench::residentBytes();
         perChip = double(after - before) / double(state.range(0));
         benchmark::DoNotOptimize(kept);
     }

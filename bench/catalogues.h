@@ -9,6 +9,7 @@
 #include "devicedb.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QString>
@@ -17,6 +18,8 @@
 #include <cstdlib>
 #include <map>
 #include <memory>
+
+#include <unistd.h>
 
 namespace Bench {
 
@@ -42,6 +45,16 @@ inline QString cataloguePath(int chips)
         }
     }
     return path;
+}
+
+/// The process's resident set size in bytes, from /proc.
+inline qint64 residentBytes()
+{
+    QFile statm(QStringLiteral("/proc/self/statm"));
+    if (!statm.open(QIODevice::ReadOnly))
+        return 0;
+    const QList<QByteArray> fields = statm.readAll().split(' ');
+    return fields.value(1).toLongLong() * sysconf(_SC_PAGESIZE);
 }
 
 /// The database of the catalogue with @p chips chips, loaded once per run.

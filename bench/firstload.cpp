@@ -25,19 +25,8 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <unistd.h>
 
 namespace {
-
-// Resident set size in bytes, from /proc.
-qint64 residentBytes()
-{
-    QFile statm(QStringLiteral("/proc/self/statm"));
-    if (!statm.open(QIODevice::ReadOnly))
-        return 0;
-    const QList<QByteArray> fields = statm.readAll().split(' ');
-    return fields.value(1).toLongLong() * sysconf(_SC_PAGESIZE);
-}
 
 double msSince(const QElapsedTimer& timer)
 {
@@ -118,12 +107,12 @@ int main(int argc, char** argv)
         return 2;
     }
 
-    const qint64 before = residentBytes();
+    const qint64 before = Bench::residentBytes();
     QElapsedTimer timer;
     timer.start();
     DEV::DeviceDb db(args.at(1));
     const double load = msSince(timer);
-    const qint64 after = residentBytes();
+    const qint64 after = Bench::residentBytes();
     const QList<DEV::ChipInfo> all = db.allChipInfo();
     if (all.isEmpty()) {
         std::fprintf(stderr, "device_firstload: no chips in %s\n", qPrintable(args.at(1)));
