@@ -120,6 +120,16 @@ inline Run runProgram(const QString& program, const QStringList& arguments,
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
+/// A catalogue of @p chips chips from scripts/gen-catalogue --shape @p shape ("real" or "distinct").
+inline QByteArray generatedCatalogue(const char* shape, int chips)
+{
+    const Run r = runProgram(QStringLiteral("python3"), {QStringLiteral(DEVICE_GEN_CATALOGUE), QStringLiteral("--shape"),
+                                                         QLatin1String(shape), QStringLiteral("--chips"), QString::number(chips)});
+    if (r.status != 0 || r.out.count('\n') != chips)
+        qFatal("scripts/gen-catalogue failed: %s", r.err.constData());
+    return r.out;
+}
+
 } // namespace TestHelpers
 
 #endif // DEV_TESTHELPERS_H

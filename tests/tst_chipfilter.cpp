@@ -144,6 +144,28 @@ private Q_SLOTS:
         QCOMPARE(needs.minimumOf(DEV::ChipColumnCount), DEV::ChipRequirements::Unset);
     }
 
+    // Catalogues shaped like a large real one and with every value distinct, long enough to be searched on two
+    // threads, against the reference, with patterns taken from their own values.
+    void shapedCatalogues_data()
+    {
+        QTest::addColumn<QByteArray>("shape");
+        QTest::newRow("real") << QByteArray("real");
+        QTest::newRow("distinct") << QByteArray("distinct");
+    }
+    void shapedCatalogues()
+    {
+        QFETCH(QByteArray, shape);
+        const QList<ChipInfo> chips = m_files.load(TestHelpers::generatedCatalogue(shape.constData(), 20000))->allChipInfo();
+        for (int r = 0; r < 12; ++r) {
+            const ChipInfo& c = chips.at(r * 1601);
+            const QString texts[] = {c.partNumber.left(r % 9 + 1), c.package, c.resources.value(5),
+                                     c.series.left(3).toLower(), QStringLiteral("#none#"), c.voltage};
+            const ChipFilterBySearch f{r % 4 == 3 ? 2 : 0, r % 4, r % 3 == 1, texts[r % 6]};
+            const QString difference = Reference::disagreement(chips, f);
+            QVERIFY2(difference.isEmpty(), qPrintable(difference));
+        }
+    }
+
     // The library's search against the literal reference, over random chips and searches, seeded so every run checks
     // the same cases: records built one by one, and loaded ones that share equal values mixed with built ones that
     // look equal but share nothing, and a duplicate far from its original.

@@ -154,6 +154,8 @@ private Q_SLOTS:
             mixed += randomFile(rng);
         QTest::newRow("random lines across the halves, UTF-8 locale") << QByteArray("UTF-8") << mixed;
         QTest::newRow("random lines across the halves, Latin-1 locale") << QByteArray("ISO-8859-1") << mixed;
+        QTest::newRow("real-shaped catalogue") << QByteArray("UTF-8") << TestHelpers::generatedCatalogue("real", 30000);
+        QTest::newRow("every value distinct") << QByteArray("UTF-8") << TestHelpers::generatedCatalogue("distinct", 30000);
     }
     void agreesWithReferenceLoader()
     {
