@@ -149,6 +149,9 @@ private:
 
     std::vector<Slot> m_slots;
     size_t m_size = 0;
+
+public:
+    size_t size() const { return m_size; }
 };
 
 /**
@@ -294,17 +297,23 @@ private:
         const QStringView value = column(line, c).trimmed();
         QString& previous = m_previous[size_t(c)];
         if (!sameText(previous, value) || previous.isNull())
-            previous = intern(value);
+            previous = intern(value, c);
         return previous;
     }
 
-    QString intern(QStringView value)
+    QString intern(QStringView value, int c)
     {
         if (value.isEmpty())
             return m_empty;
-        return m_strings.findOrInsert(
+        Sharing& sharing = m_sharing[size_t(std::min(c, TrackedColumns - 1))];
+        if (!sharing.worthIt)
+            return value.toString();
+        const size_t stored = m_strings.size();
+        QString s = m_strings.findOrInsert(
             hashOf(value), [value](const QString& stored) { return sameText(stored, value); },
             [value] { return value.toString(); });
+        sharing.note(m_strings.size() == stored);
+        return s;
     }
 
     // Lines of one device and package carry the same counts, so whole
@@ -327,14 +336,21 @@ private:
             QStringList list;
             list.reserve(m_commas.size() - FirstResourceColumn + 1);
             for (int c = FirstResourceColumn; c <= m_commas.size(); ++c)
-                list.append(intern(column(line, c)));
+                list.append(intern(column(line, c), c));
             return list;
         };
         // Lines of one device identifier follow each other and repeat its
         // counts: the list of the line before usually serves.
         if (sameCounts(m_previousResources))
             return m_previousResources;
-        m_previousResources = m_resourceLists.findOrInsert(hashOf(tail), sameCounts, makeList);
+        Sharing& sharing = m_sharing[ListSharing];
+        if (!sharing.worthIt) {
+            m_previousResources = makeList();
+        } else {
+            const size_t stored = m_resourceLists.size();
+            m_previousResources = m_resourceLists.findOrInsert(hashOf(tail), sameCounts, makeList);
+            sharing.note(m_resourceLists.size() == stored);
+        }
         return m_previousResources;
     }
 
@@ -349,7 +365,32 @@ private:
         return id;
     }
 
+    /*
+     * Sharing pays where values repeat. A column whose values turn out
+     * nearly all distinct (part numbers; every column of an unusual
+     * catalogue) stops going through the tables, which it would only fill,
+     * after a first stretch of look-ups tells.
+     */
+    struct Sharing
+    {
+        int lookups = 0;
+        int found = 0;
+        bool worthIt = true;
+
+        void note(bool wasStored)
+        {
+            found += wasStored ? 1 : 0;
+            if (++lookups == 4096)
+                worthIt = found * 16 >= lookups;
+        }
+    };
+    // One per column, the last for every column from there on, and one more
+    // for the resource lists.
+    static constexpr int TrackedColumns = 24;
+    static constexpr int ListSharing = TrackedColumns;
+
     QList<ChipInfo>& m_chips;
+    std::array<Sharing, TrackedColumns + 1> m_sharing;
     std::vector<ChipInfo> m_records;
     // Reported by finish(), so that lines read on two threads come out in file order.
     QStringList m_malformed;
