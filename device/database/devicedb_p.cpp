@@ -48,7 +48,9 @@ constexpr qint64 BlockSize = 1 << 15;
 // Whether two texts hold the same UTF-16 units.
 bool sameText(QStringView a, QStringView b)
 {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), size_t(a.size()) * sizeof(QChar)) == 0;
+    // memcmp() must not see the null pointer of an empty view, even for no bytes.
+    return a.size() == b.size()
+        && (a.isEmpty() || std::memcmp(a.data(), b.data(), size_t(a.size()) * sizeof(QChar)) == 0);
 }
 
 // A hash of the text's units read eight bytes at a time; qHash() reads them
