@@ -155,9 +155,9 @@ private Q_SLOTS:
     void shapedCatalogues()
     {
         QFETCH(QByteArray, shape);
-        const QList<ChipInfo> chips = m_files.load(TestHelpers::generatedCatalogue(shape.constData(), 20000))->allChipInfo();
-        for (int r = 0; r < 12; ++r) {
-            const ChipInfo& c = chips.at(r * 1601);
+        const QList<ChipInfo> chips = m_files.load(TestHelpers::generatedCatalogue(shape.constData(), 17000))->allChipInfo();
+        for (int r = 0; r < 6; ++r) {
+            const ChipInfo& c = chips.at(r * 2801);
             const QString texts[] = {c.partNumber.left(r % 9 + 1), c.package, c.resources.value(5),
                                      c.series.left(3).toLower(), QStringLiteral("#none#"), c.voltage};
             const ChipFilterBySearch f{r % 4 == 3 ? 2 : 0, r % 4, r % 3 == 1, texts[r % 6]};
