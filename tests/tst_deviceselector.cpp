@@ -20,8 +20,8 @@ using L = QStringList;
 namespace {
 
 // Part numbers sort by code unit ("PN-10" < "PN-9" < "PN-A1" < ... < "pn-a") unlike the database's order (by
-// version); two series differ only in letter case and share the device D20; one chip has no device id.
-const QByteArray Cascade = chipLine("a-01", "PN-B2", "X1", "D20", "B", "P2", "C7")
+// version); two series differ only in letter case and share the device D20; one chip has no device id, two share one.
+const QByteArray Cascade = chipLine("a-01", "PN-B2", "X1", "D20", "B", "P2", "C7") + chipLine("a-01", "PN-B1", "X1", "D20", "B", "P2", "C7")
     + chipLine("a-02", "PN-A1", "X1", "D20", "A", "P1", "C6") + chipLine("zr9k31a-015", "PN-C3", "X1", "D20", "", "P1")
     + chipLine("a-04", "PN-10", "X1", "D10", "A", "P3", "C8") + chipLine("b-01", "PN-9", "x1", "D20", "C", "Q1", "I7")
     + chipLine("b-02", "PN-Z", "x1", "D30", "", "Q2", "I6") + chipLine("", "pn-a", "S2", "E1", "B", "R1", "C6");
@@ -57,8 +57,9 @@ QString rowsOf(const QWidget& w)
 }
 
 /// Applies steps in order: "box=text", a search option ("case", "wild", "regexp", "exact", "group<n>"), "type:text"
-/// typed into the search field ('<' is a backspace), "set:text" set by code, "click:part number", "sort:column" (a
-/// header click) or "preset:device id".
+/// typed into the search field ('<' is a backspace), "set:text" set by code, "click:part number" ("dbl:" a double
+/// click), "sort:column" (a header click), "key:name" pressed where the focus is, "preset:device id" or
+/// "exact:part number[/match key]".
 bool apply(QWidget& w, const QString& steps)
 {
     auto* search = w.findChild<DEV::SearchLineEdit*>();
@@ -73,10 +74,20 @@ bool apply(QWidget& w, const QString& steps)
                 c == '<' ? QTest::keyClick(search, Qt::Key_Backspace) : QTest::keyClicks(search, QString(c));
         } else if (step.startsWith(QLatin1String("set:"))) {
             search->setText(step.mid(4));
-        } else if (step.startsWith(QLatin1String("click:"))) {
+        } else if (step.startsWith(QLatin1String("click:")) || step.startsWith(QLatin1String("dbl:"))) {
             auto* table = w.findChild<QTableView*>();
-            const QModelIndex cell = table->model()->index(rowsOf(w).split(' ').indexOf(step.mid(6)), 0);
+            const QModelIndex cell = table->model()->index(rowsOf(w).split(' ').indexOf(step.section(':', 1)), 0);
             QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, table->visualRect(cell).center());
+            if (step.startsWith(QLatin1String("dbl:")))
+                QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, table->visualRect(cell).center());
+        } else if (step.startsWith(QLatin1String("key:"))) {
+            const int key = QMetaEnum::fromType<Qt::Key>().keyToValue(("Key_" + step.mid(4)).toLatin1());
+            QTest::keyClick(w.window()->focusWidget(), Qt::Key(key));
+        } else if (step.startsWith(QLatin1String("exact:"))) {
+            DEV::ChipInfo chip;
+            chip.partNumber = step.mid(6).section('/', 0, 0);
+            chip.matchKey = step.contains('/') ? step.section('/', 1) : QStringLiteral("MK");
+            selector->setCurrentDevice(chip);
         } else if (step.startsWith(QLatin1String("sort:"))) {
             QHeaderView* header = w.findChild<QTableView*>()->horizontalHeader();
             QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, {header->sectionViewportPosition(step.mid(5).toInt()) + 9, 5});
@@ -161,24 +172,24 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("road");
         const char* const roads[][2] = {
-            {"start", "|%any|PN-10 PN-9 PN-A1 PN-B2 PN-C3 PN-Z pn-a|(0 matches)|||%all"},
-            {"upper-case series", "cbSeries=X1|X1,Any,Any,Any,Any|PN-10 PN-A1 PN-B2 PN-C3|(0 matches)|-||%x1"},
+            {"start", "|%any|PN-10 PN-9 PN-A1 PN-B1 PN-B2 PN-C3 PN-Z pn-a|(0 matches)|||%all"},
+            {"upper-case series", "cbSeries=X1|X1,Any,Any,Any,Any|PN-10 PN-A1 PN-B1 PN-B2 PN-C3|(0 matches)|-||%x1"},
             {"lower-case series resets the others, D20 not carried over", "cbSeries=X1 cbDevice=D20 cbDeviceVersion=B "
              "cbPackage=P2 cbCondition=C7 cbSeries=x1|x1,Any,Any,Any,Any|PN-9 PN-Z|(0 matches)|- - - - - - - -||"
              "Any D20 D30/Any C /Any Q1 Q2/Any I6 I7"},
             {"device", "cbSeries=X1 cbDevice=D10|X1,D10,Any,Any,Any|PN-10|(0 matches)|- - - -||Any D10 D20/Any A/Any P1 P2 "
                        "P3/Any C6 C7 C8"},
-            {"device back to Any", "cbSeries=X1 cbDevice=D10 cbDevice=Any|X1,Any,Any,Any,Any|PN-10 PN-A1 PN-B2 PN-C3|"
+            {"device back to Any", "cbSeries=X1 cbDevice=D10 cbDevice=Any|X1,Any,Any,Any,Any|PN-10 PN-A1 PN-B1 PN-B2 PN-C3|"
                                    "(0 matches)|- - - - - - -||%x1"},
-            {"device under Any series", "cbDevice=D20|Any,D20,Any,Any,Any|PN-9 PN-A1 PN-B2 PN-C3|(0 matches)|- - -||Any "
+            {"device under Any series", "cbDevice=D20|Any,D20,Any,Any,Any|PN-9 PN-A1 PN-B1 PN-B2 PN-C3|(0 matches)|- - -||Any "
                                         "D10 D20 D30 E1/Any/Any P1 P2 P3 Q1 Q2 R1/Any C6 C7 C8 I6 I7"},
             {"blank version: unversioned only", "cbDeviceVersion=|Any,Any,,Any,Any|PN-C3 PN-Z|(0 matches)|-|"},
             {"package and speed", "cbPackage=P1 cbCondition=C6|Any,Any,Any,P1,C6|PN-A1 PN-C3|(0 matches)|- -||%all"},
-            {"several hits", "type:pn-|%any|PN-10 PN-9 PN-A1 PN-B2 PN-C3 PN-Z pn-a|(7 matches)|- - -|"},
+            {"several hits", "type:pn-|%any|PN-10 PN-9 PN-A1 PN-B1 PN-B2 PN-C3 PN-Z pn-a|(8 matches)|- - -|"},
             {"search within the boxes", "cbSeries=x1 type:A1|x1,Any,Any,Any,Any||(0 matches)|- - -|"},
             {"one character deleted", "cbPackage=P1 type:C3<|Any,Any,Any,P1,Any|PN-C3|(1 matches)|- - - -|"},
             {"last character deleted", "cbPackage=P1 type:C3<<|Any,Any,Any,P1,Any|PN-A1 PN-C3|(0 matches)|- - - - -|"},
-            {"box change reruns the search", "type:PN- cbSeries=X1|X1,Any,Any,Any,Any|PN-10 PN-A1 PN-B2 PN-C3|(4 matches)|"
+            {"box change reruns the search", "type:PN- cbSeries=X1|X1,Any,Any,Any,Any|PN-10 PN-A1 PN-B1 PN-B2 PN-C3|(5 matches)|"
                                              "- - - -|"},
             {"case sensitive", "type:PN-A case|%any|PN-A1|(1 matches)|- - - - -|"},
             {"exactly, then case", "type:PN-A exact case|%any||(0 matches)|- - - - - -|"},
@@ -186,28 +197,31 @@ private Q_SLOTS:
             {"regular expression", "type:PN-[0-9]+ regexp|%any|PN-10 PN-9|(2 matches)|- - - - - - - - - -|"},
             {"speed column", "type:C6 group6|%any|PN-A1 PN-C3 pn-a|(3 matches)|- - -|"},
             // A header click sorts; a rebuild drops that sort, and the selection.
-            {"header click", "sort:0|%any|pn-a PN-Z PN-C3 PN-B2 PN-A1 PN-9 PN-10|(0 matches)||"},
+            {"header click keeps the chosen chip", "click:PN-9 sort:0|%any|pn-a PN-Z PN-C3 PN-B2 PN-B1 PN-A1 PN-9 PN-10|(0 matches)|b-01|PN-9"},
+            {"header click", "sort:0|%any|pn-a PN-Z PN-C3 PN-B2 PN-B1 PN-A1 PN-9 PN-10|(0 matches)||"},
             {"rebuild after a click and a sort", "click:PN-9 sort:0 cbPackage=Any cbCondition=C6|Any,Any,Any,Any,C6|"
                                                  "PN-A1 PN-C3 pn-a|(0 matches)|b-01 -|"},
             // Text set by code is no user edit: it waits for the next rebuild.
-            {"text set by code", "set:B2|%any|PN-10 PN-9 PN-A1 PN-B2 PN-C3 PN-Z pn-a|(0 matches)||"},
+            {"text set by code", "set:B2|%any|PN-10 PN-9 PN-A1 PN-B1 PN-B2 PN-C3 PN-Z pn-a|(0 matches)||"},
             {"text set by code, then a box", "set:B2 cbPackage=P2|Any,Any,Any,P2,Any|PN-B2|(1 matches)|-|"},
-            {"clicks report their chips", "click:PN-A1 click:PN-9 click:pn-a|%any|PN-10 PN-9 PN-A1 PN-B2 PN-C3 PN-Z pn-a|"
+            {"clicks report their chips", "click:PN-A1 click:PN-9 click:pn-a|%any|PN-10 PN-9 PN-A1 PN-B1 PN-B2 PN-C3 PN-Z pn-a|"
                                           "(0 matches)|a-02 b-01 -|pn-a"},
-            {"preset", "preset:a-01|X1,D20,B,Any,Any|PN-B2|(0 matches)|- - - - - a-01|PN-B2"},
+            {"preset: the first row of the id", "preset:a-01|X1,D20,B,Any,Any|PN-B1 PN-B2|(0 matches)|- - - - - a-01|PN-B1"},
+            {"preset: exact chip", "exact:PN-B2|X1,D20,B,Any,Any|PN-B1 PN-B2|(0 matches)|- - - - - a-01|PN-B2"},
+            {"preset: exact chip, other match key", "exact:PN-B2/XX|%any|PN-10 PN-9 PN-A1 PN-B1 PN-B2 PN-C3 PN-Z pn-a|(0 matches)||"},
             {"preset: empty or other case", "cbPackage=P1 preset: preset:A-01|Any,Any,Any,P1,Any|PN-A1 PN-C3|(0 matches)|-|"},
             {"preset: initial version", "preset:b-02|x1,D30,,Any,Any|PN-Z|(0 matches)|- - - - - b-02|PN-Z"},
             {"preset: series current", "cbSeries=X1 preset:a-04|X1,D10,A,Any,Any|PN-10|(0 matches)|- - - - - a-04|PN-10"},
-            {"preset: all current", "cbSeries=X1 cbDevice=D20 cbDeviceVersion=B preset:a-01|X1,D20,B,Any,Any|PN-B2|"
-                                    "(0 matches)|- - - - - a-01|PN-B2"},
+            {"preset: all current", "cbSeries=X1 cbDevice=D20 cbDeviceVersion=B preset:a-01|X1,D20,B,Any,Any|PN-B1 PN-B2|"
+                                    "(0 matches)|- - - - - a-01|PN-B1"},
             // Package and speed are left alone, even when they hide the chip.
             {"preset: package hides the chip", "preset:a-01 cbPackage=P1 preset:a-01|X1,D20,B,P1,Any||(0 matches)|"
                                                "- - - - - a-01 -|"},
             {"preset: search hides the chip", "type:zzz preset:a-01|X1,D20,B,Any,Any||(0 matches)|- - - - - - - -|"},
-            {"preset: search shows the chip", "type:pn-b preset:a-01|X1,D20,B,Any,Any|PN-B2|(1 matches)|"
-                                              "- - - - - - - - - a-01|PN-B2"},
+            {"preset: search shows the chip", "type:pn-b preset:a-01|X1,D20,B,Any,Any|PN-B1 PN-B2|(2 matches)|"
+                                              "- - - - - - - - - a-01|PN-B1"},
             {"preset: old identifier", "preset:zr9k31-013|X1,D20,,Any,Any|PN-C3|(0 matches)|- - - - - zr9k31a-015|PN-C3"},
-            {"preset: unknown old identifier", "preset:zr9k31-015|%any|PN-10 PN-9 PN-A1 PN-B2 PN-C3 PN-Z pn-a|(0 matches)||"},
+            {"preset: unknown old identifier", "preset:zr9k31-015|%any|PN-10 PN-9 PN-A1 PN-B1 PN-B2 PN-C3 PN-Z pn-a|(0 matches)||"},
         };
         for (const auto& road : roads)
             QTest::newRow(road[0]) << QString::fromLatin1(road[1])
@@ -229,7 +243,10 @@ private Q_SLOTS:
         if (expected.size() > 6) // the entries of the boxes after the series
             actual << boxes(*selector, true).section('/', 1);
         QCOMPARE(actual, expected);
-        QCOMPARE(selector->findChild<QTableView*>()->selectionModel()->selectedRows().size(), int(!actual.at(5).isEmpty()));
+        QItemSelectionModel* selection = selector->findChild<QTableView*>()->selectionModel();
+        QCOMPARE(selection->selectedRows().size(), int(!actual.at(5).isEmpty()));
+        if (selection->hasSelection()) // the keyboard acts where the highlight is
+            QCOMPARE(selection->currentIndex().row(), selection->selectedRows().first().row());
         if (!actual.at(5).isEmpty())
             QCOMPARE(fields(qvariant_cast<DEV::DeviceArg>(spy.last().at(0))), fields(selector->selectedDevice()));
     }
@@ -247,19 +264,110 @@ private Q_SLOTS:
         QCOMPARE(seen, (L{"4:PN-10", "0:PN-10", "2:PN-10"}));
     }
 
-    // "preset: steps, button": what the dialog showed when it opened (OK enabled, the chip selected), and the chip
-    // returned.
+    // Tab walks the filter, the search field, its options button, the table and the buttons, each named for assistive
+    // tools ("*": labelled by its caption, "+": described); Space opens the options menu at its button, not at the
+    // pointer; Ctrl+C copies the part number, the context menu offers it and the whole row.
+    void keyboardAndAccessibility()
+    {
+        qputenv("QT_ACCESSIBILITY", "1");
+        DeviceSelectorDialog dialog(m_cascade.get());
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        dialog.findChild<QComboBox*>("cbSeries")->setFocus();
+        L stops;
+        for (int i = 0; i < 10; ++i) {
+            QAccessibleInterface* widget = QAccessible::queryAccessibleInterface(QApplication::focusWidget());
+            stops << widget->text(QAccessible::Name) + (widget->relations(QAccessible::Label).isEmpty() ? "" : "*")
+                    + (widget->text(QAccessible::Description).isEmpty() ? "" : "+");
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        // On Linux a combo box's accessible name is its current entry; its caption names it through the relation.
+        QCOMPARE(stops, (L{"Any*+", "Any*+", "Any*+", "Any*+", "Any*+", "Search*+", "Search options+", "Matching chips+",
+                           "OK", "Cancel"}));
+        auto* options = dialog.findChild<DEV::SearchLineEdit*>()->findChild<QPushButton*>();
+        QRect menu;
+        QTimer::singleShot(0, [&] {
+            menu = QApplication::activePopupWidget()->geometry();
+            QApplication::activePopupWidget()->close();
+        });
+        dialog.move(QPoint(20, 590) - options->mapTo(&dialog, QPoint())); // the tall menu fits above the button
+        options->setFocus();
+        QTest::keyClick(options, Qt::Key_Space);
+        QCOMPARE(menu.bottomLeft() + QPoint(0, 1), options->mapToGlobal(QPoint()));
+        auto* table = dialog.findChild<QTableView*>();
+        QVERIFY(apply(dialog, "click:PN-A1"));
+        QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
+        QString copied = QGuiApplication::clipboard()->text();
+        QTimer::singleShot(0, [&] {
+            for (QAction* action : QApplication::activePopupWidget()->actions())
+                copied += '|' + action->text();
+            QApplication::activePopupWidget()->actions().last()->trigger();
+            QApplication::activePopupWidget()->close();
+        });
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(5, 5), table->viewport()->mapToGlobal(QPoint(5, 5)));
+        QApplication::sendEvent(table->viewport(), &event);
+        QCOMPARE(copied + '|' + QGuiApplication::clipboard()->text(),
+                 "PN-A1|Copy part number|Copy row|PN-A1\tD20\tA\tP1\tC6\t1.0V\t100\t200\t300\t4Kb\t5Kb\t6Kb\t7Kb\t8\t9");
+    }
+
+    // A cut cell shows its text as a tool tip, one that fits none; at its smallest the filter's widgets neither
+    // overlap nor lose their captions; column widths, the sort and the dialog's size survive saveState() and
+    // restoreState(), which refuses anything else.
+    void readableAndKept()
+    {
+        auto selector = shown();
+        QVERIFY(selector);
+        auto* table = selector->findChild<QTableView*>();
+        L tips;
+        for (int width : {210, 20}) {
+            table->horizontalHeader()->resizeSection(0, width);
+            const QPoint at = table->visualRect(table->model()->index(0, 0)).center();
+            QHelpEvent help(QEvent::ToolTip, at, table->viewport()->mapToGlobal(at));
+            QApplication::sendEvent(table->viewport(), &help);
+            tips << QToolTip::text();
+        }
+        QCOMPARE(tips, (L{"", "PN-10"}));
+        QWidget host; // inside a host widget no layout enforces a minimum
+        auto* embedded = new DeviceSelector(m_cascade.get(), &host);
+        host.resize(800, 600);
+        host.show();
+        embedded->resize(300, 200);
+        QCoreApplication::processEvents();
+        const QList<QWidget*> filter = embedded->findChild<QGroupBox*>()->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+        for (QWidget* a : filter) {
+            QVERIFY2(a->width() >= a->minimumSizeHint().width(), qPrintable(a->objectName()));
+            for (QWidget* b : filter)
+                QVERIFY2(a == b || !a->geometry().intersects(b->geometry()), qPrintable(a->objectName() + ' ' + b->objectName()));
+        }
+        QVERIFY(apply(*selector, "click:PN-9 sort:0"));
+        table->horizontalHeader()->resizeSection(4, 140);
+        auto other = shown();
+        QVERIFY(!other->restoreState("DEV") && other->restoreState(selector->saveState()));
+        QCOMPARE(other->findChild<QTableView*>()->horizontalHeader()->sectionSize(4), 140);
+        QCOMPARE(rowsOf(*other), rowsOf(*selector));
+        DeviceSelectorDialog dialog(m_cascade.get()), again(m_cascade.get());
+        dialog.resize(700, 520);
+        QVERIFY(again.restoreState(dialog.saveState()));
+        QCOMPARE(again.size(), QSize(700, 520));
+    }
+
+    // "preset: steps[ button]": what the dialog showed when it opened (OK enabled, the part number selected), and
+    // the part number returned. A preset "=PN" is the exact chip PN.
     void getSelectedChip_data()
     {
         QTest::addColumn<QString>("run");
         QTest::addColumn<QString>("result");
-        QTest::newRow("OK on preset chip") << "a-02: OK" << "1 a-02 -> a-02";
-        QTest::newRow("OK after choosing another row") << "a-02: cbDeviceVersion=Any click:PN-B2 OK" << "1 a-02 -> a-01";
+        QTest::newRow("OK on preset chip") << "a-02: OK" << "1 PN-A1 -> PN-A1";
+        QTest::newRow("OK after choosing another row") << "a-02: cbDeviceVersion=Any click:PN-B2 OK" << "1 PN-A1 -> PN-B2";
         // Nothing preset, nothing reported: OK stays enabled and gives no chip.
         QTest::newRow("OK with unknown id") << "k-99: OK" << "1  -> ";
-        QTest::newRow("Cancel") << "a-02: Cancel" << "1 a-02 -> ";
+        QTest::newRow("Cancel") << "a-02: Cancel" << "1 PN-A1 -> ";
         // OK follows the choice: a row without a device id leaves it off.
-        QTest::newRow("OK on a chip without id") << "a-02: cbSeries=Any click:pn-a OK" << "1 a-02 still open -> ";
+        QTest::newRow("OK on a chip without id") << "a-02: cbSeries=Any click:pn-a OK" << "1 PN-A1 still open -> ";
+        QTest::newRow("exact chip, keyboard from there") << "=PN-B1: key:Down key:Return" << "1 PN-B1 -> PN-B2";
+        QTest::newRow("sorted, then OK") << "=PN-B2: sort:0 OK" << "1 PN-B2 -> PN-B2";
+        QTest::newRow("double-click") << "a-02: cbDeviceVersion=Any dbl:PN-B2" << "1 PN-A1 -> PN-B2";
+        QTest::newRow("double-click on a chip without id") << "a-02: cbSeries=Any dbl:pn-a" << "1 PN-A1 still open -> ";
     }
     void getSelectedChip()
     {
@@ -272,17 +380,22 @@ private Q_SLOTS:
         QTimer::singleShot(0, [&]() {
             dialog = qobject_cast<DeviceSelectorDialog*>(QApplication::activeModalWidget());
             auto* buttons = dialog->findChild<QDialogButtonBox*>();
-            seen = QString::number(buttons->button(QDialogButtonBox::Ok)->isEnabled()) + ' ' + dialog->selectedDevice().deviceId;
-            apply(*dialog, run.section(' ', 1, -2));
-            QTest::mouseClick(buttons->button(run.endsWith("OK") ? buttons->Ok : buttons->Cancel), Qt::LeftButton);
+            seen = QString::number(buttons->button(QDialogButtonBox::Ok)->isEnabled()) + ' ' + dialog->selectedDevice().partNumber;
+            const bool button = run.endsWith("OK") || run.endsWith("Cancel");
+            apply(*dialog, run.section(' ', 1, button ? -2 : -1));
+            if (button)
+                QTest::mouseClick(buttons->button(run.endsWith("OK") ? buttons->Ok : buttons->Cancel), Qt::LeftButton);
             if (dialog->isVisible()) {
                 seen += QStringLiteral(" still open");
                 dialog->reject();
             }
         });
-        const DEV::ChipInfo chip = DeviceSelectorDialog::getSelectedChip(nullptr, m_cascade.get(), run.section(':', 0, 0));
-        QCOMPARE(seen + " -> " + chip.deviceId, result);
-        QCOMPARE(fields(chip), fields(chip.deviceId.isEmpty() ? DEV::ChipInfo() : m_cascade->findByID(chip.deviceId)));
+        const QString preset = run.section(':', 0, 0);
+        const DEV::ChipInfo chip = preset.startsWith('=') ? DeviceSelectorDialog::getSelectedChip(nullptr, m_cascade.get(),
+                                                                  m_cascade->findByPN(preset.mid(1)).value(0))
+                                                          : DeviceSelectorDialog::getSelectedChip(nullptr, m_cascade.get(), preset);
+        QCOMPARE(seen + " -> " + chip.partNumber, result);
+        QCOMPARE(fields(chip), fields(m_cascade->findByPN(chip.partNumber).value(0)));
         QVERIFY(dialog.isNull()); // the dialog does not outlive the call
     }
 };

@@ -47,6 +47,78 @@
         <source>(%1 matches)</source>
         <translation>(%1 Treffer)</translation>
     </message>
+    <message>
+        <source>Copy part number</source>
+        <translation>Bestellnummer kopieren</translation>
+    </message>
+    <message>
+        <source>Copy row</source>
+        <translation>Zeile kopieren</translation>
+    </message>
+    <message>
+        <source>Series</source>
+        <translation>Serie</translation>
+    </message>
+    <message>
+        <source>Limits the table to one series</source>
+        <translation>Beschränkt die Tabelle auf eine Serie</translation>
+    </message>
+    <message>
+        <source>Device</source>
+        <translation>Baustein</translation>
+    </message>
+    <message>
+        <source>Limits the table to one device</source>
+        <translation>Beschränkt die Tabelle auf einen Baustein</translation>
+    </message>
+    <message>
+        <source>Device version</source>
+        <translation>Bausteinversion</translation>
+    </message>
+    <message>
+        <source>Limits the table to one device version; the blank entry is the initial version</source>
+        <translation>Beschränkt die Tabelle auf eine Bausteinversion; der leere Eintrag ist die erste Version</translation>
+    </message>
+    <message>
+        <source>Package</source>
+        <translation>Gehäuse</translation>
+    </message>
+    <message>
+        <source>Limits the table to one package</source>
+        <translation>Beschränkt die Tabelle auf ein Gehäuse</translation>
+    </message>
+    <message>
+        <source>Speed grade</source>
+        <translation>Geschwindigkeitsklasse</translation>
+    </message>
+    <message>
+        <source>Limits the table to one speed grade</source>
+        <translation>Beschränkt die Tabelle auf eine Geschwindigkeitsklasse</translation>
+    </message>
+    <message>
+        <source>Search</source>
+        <translation>Suche</translation>
+    </message>
+    <message>
+        <source>Limits the table to the chips in which the typed text is found</source>
+        <translation>Beschränkt die Tabelle auf die Bausteine, in denen der eingegebene Text vorkommt</translation>
+    </message>
+    <message>
+        <source>Search options</source>
+        <translation>Suchoptionen</translation>
+    </message>
+    <message>
+        <source>Chooses the columns searched and how the text is matched</source>
+        <translation>Wählt die durchsuchten Spalten und die Art des Vergleichs</translation>
+    </message>
+    <message>
+        <source>Matching chips</source>
+        <translation>Passende Bausteine</translation>
+    </message>
+    <message>
+        <source>The chips that pass the filters; the selected row is the chosen chip</source>
+        <translation>Die Bausteine, die alle Filter erfüllen; die ausgewählte Zeile ist der gewählte Baustein</translation>
+    </message>
 </context>
 <context>
     <name>DEV::DeviceSelectorDialog</name>

@@ -8,12 +8,24 @@
 #include "ui_deviceselector.h"
 
 #include <QAction>
+#include <QClipboard>
+#include <QDataStream>
+#include <QGuiApplication>
 #include <QHeaderView>
+#include <QHelpEvent>
+#include <QKeyEvent>
+#include <QLayout>
+#include <QMenu>
+#include <QPushButton>
+#include <QScreen>
 #include <QSet>
+#include <QStyledItemDelegate>
 #include <QTimer>
+#include <QToolTip>
 
 #include <algorithm>
 #include <functional>
+#include <tuple>
 
 namespace DEV {
 
@@ -69,7 +81,132 @@ private:
     QStringList m_values;
 };
 
+/*
+ * Cells too narrow for their text are elided by the view; the full text
+ * then comes as a tool tip. Whether a cell is cut depends on the column
+ * width and the font, which only the view knows, so the delegate decides
+ * and the model stays free of tool tips.
+ */
+class ElidedCellTips : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                   const QModelIndex& index) override
+    {
+        if (event->type() == QEvent::ToolTip && index.isValid() && sizeHint(option, index).width() > option.rect.width()) {
+            QToolTip::showText(event->globalPos(), index.data().toString(), view->viewport(), option.rect);
+            return true;
+        }
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    }
+};
+
+/*
+ * The options menu opens at the mouse pointer, which is right for a click.
+ * Opened from the keyboard, the pointer may be anywhere on the screen, so the
+ * menu is moved next to its button as it is shown: below it, or above it when
+ * the screen ends first.
+ */
+class KeyboardMenuPlacement : public QObject
+{
+public:
+    KeyboardMenuPlacement(QWidget* button, QWidget* menuParent)
+        : QObject(button)
+        , m_button(button)
+        , m_menuParent(menuParent)
+    {
+        button->installEventFilter(this);
+        menuParent->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched == m_button && event->type() == QEvent::KeyPress) {
+            const int key = static_cast<QKeyEvent*>(event)->key();
+            m_fromKeyboard = key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Select;
+        } else if (watched == m_button && event->type() == QEvent::MouseButtonPress) {
+            m_fromKeyboard = false;
+        } else if (watched == m_menuParent && event->type() == QEvent::ChildPolished && m_fromKeyboard) {
+            // A menu is polished before it computes its place, and fully built by then.
+            if (auto* menu = qobject_cast<QMenu*>(static_cast<QChildEvent*>(event)->child())) {
+                menu->installEventFilter(this);
+                m_fromKeyboard = false;
+            }
+        } else if (event->type() == QEvent::Show && qobject_cast<QMenu*>(watched)) {
+            watched->removeEventFilter(this);
+            placeAtButton(static_cast<QWidget*>(watched));
+        }
+        return false;
+    }
+
+private:
+    void placeAtButton(QWidget* menu) const
+    {
+        const QRect button(m_button->mapToGlobal(QPoint(0, 0)), m_button->size());
+        const QRect screen = m_button->screen()->availableGeometry();
+        QPoint at(button.left(), button.bottom() + 1);
+        if (at.y() + menu->height() > screen.bottom() + 1)
+            at.setY(std::max(screen.top(), button.top() - menu->height()));
+        at.setX(std::max(screen.left(), std::min(at.x(), screen.right() + 1 - menu->width())));
+        menu->move(at);
+    }
+
+    QWidget* m_button;
+    QWidget* m_menuParent;
+    bool m_fromKeyboard = false;
+};
+
+/*
+ * Below its layout's minimum the filter box collapses into overlapping
+ * captions. A window gets that minimum from its layout, an embedded widget
+ * does not, so the selector claims it itself (a larger one set by the host
+ * stays), again whenever the font or the style changes what it is.
+ */
+class MinimumFromLayout : public QObject
+{
+public:
+    explicit MinimumFromLayout(QWidget* widget)
+        : QObject(widget)
+    {
+        widget->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        const QEvent::Type type = event->type();
+        auto* widget = static_cast<QWidget*>(watched);
+        if ((type == QEvent::Polish || type == QEvent::FontChange || type == QEvent::StyleChange) && widget->layout())
+            widget->setMinimumSize(widget->minimumSize().expandedTo(widget->layout()->totalMinimumSize()));
+        return false;
+    }
+};
+
+// The row of exactly @p chip. One device identifier covers several part
+// numbers, so the identifier alone does not tell the rows apart.
+int rowOfChip(ChipInfoTableModel& model, const ChipInfo& chip)
+{
+    for (int row = 0; row < model.rowCount(); ++row) {
+        const ChipInfo shown = model.index2chipInfo(model.index(row, 0));
+        if (shown.partNumber == chip.partNumber && shown.matchKey == chip.matchKey && shown.deviceId == chip.deviceId)
+            return row;
+    }
+    return -1;
+}
+
+// Tags saved states, so that restoring something else fails cleanly.
+constexpr quint32 SelectorStateMagic = 0x44455331;
+
 } // namespace
+
+struct DeviceSelector::Private
+{
+    /// The last chip reported; empty after the choice was voided.
+    ChipInfo chosen;
+    /// Set while the selection a sort dropped is put back: the choice is unchanged, so nobody is told.
+    bool reselecting = false;
+};
 
 /*
  * The chips that pass the combo boxes, already in the table's default order
@@ -104,6 +241,7 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     , currentDeviceIndex()
     , searchEdit(nullptr)
     , sortedBase(new SortedBase)
+    , d(new Private)
 {
     ui->setupUi(this);
 
@@ -132,6 +270,8 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     table->horizontalHeader()->setHighlightSections(false);
     for (const auto& width : SectionWidths)
         table->horizontalHeader()->resizeSection(width[0], width[1]);
+    table->setItemDelegate(new ElidedCellTips(table));
+    new MinimumFromLayout(this);
 
     // Filled before its signal is connected, so filling it triggers nothing.
     DistinctValues series;
@@ -143,6 +283,12 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     connect(ui->cbSeries, SIGNAL(currentIndexChanged(int)), this, SLOT(onSeriesChanged()));
     connect(table->selectionModel(), SIGNAL(selectionChanged(QItemSelection, QItemSelection)), this,
             SLOT(onIndexSelected()));
+    connect(this, &DeviceSelector::selectedDeviceChanged, this, [this](const DeviceArg& chip) { d->chosen = chip; });
+    // Connected after the view's own sorting, so this runs once the sort has
+    // dropped the selection.
+    connect(table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this, [this] { reselectAfterSort(); });
+    setUpKeyboard();
+    setUpAccessibility();
 
     // "Any" series: fills the dependent boxes from every chip and shows the
     // whole database.
@@ -320,6 +466,8 @@ const QList<ChipInfo>& DeviceSelector::chipsOfBoxes()
 
 void DeviceSelector::onIndexSelected()
 {
+    if (d->reselecting)
+        return;
     // A selection that was merely cleared is not reported here; the
     // rebuilds that clear it report the empty choice themselves.
     const QModelIndexList rows = ui->tableView->selectionModel()->selectedRows(0);
@@ -341,6 +489,25 @@ ChipInfo DeviceSelector::selectedDevice() const
     return model->index2chipInfo(rows.first());
 }
 
+namespace {
+
+// Each move runs the cascade: a new series refills the other boxes at "Any",
+// a new device refills the versions. An entry that is not listed leaves its
+// box as it is.
+void moveBoxesTo(const Ui_DeviceSelector& ui, const ChipInfo& chip)
+{
+    const auto choose = [](QComboBox* box, const QString& text) {
+        const int index = box->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive);
+        if (index >= 0)
+            box->setCurrentIndex(index);
+    };
+    choose(ui.cbSeries, chip.series);
+    choose(ui.cbDevice, chip.device);
+    choose(ui.cbDeviceVersion, chip.deviceVersion);
+}
+
+} // namespace
+
 void DeviceSelector::setCurrentDevice(const QString& deviceId)
 {
     if (deviceId.isEmpty())
@@ -348,31 +515,167 @@ void DeviceSelector::setCurrentDevice(const QString& deviceId)
     const ChipInfo chip = db->findByID(deviceId);
     if (chip.deviceId.isEmpty())
         return;
-
-    // Each move runs the cascade: a new series refills the other boxes at
-    // "Any", a new device refills the versions. An entry that is not listed
-    // leaves its box as it is.
-    const auto choose = [](QComboBox* box, const QString& text) {
-        const int index = box->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive);
-        if (index >= 0)
-            box->setCurrentIndex(index);
-    };
-    choose(ui->cbSeries, chip.series);
-    choose(ui->cbDevice, chip.device);
-    choose(ui->cbDeviceVersion, chip.deviceVersion);
+    moveBoxesTo(*ui, chip);
 
     // The table is now whatever the last filter left; the search text may
     // keep the chip out of it.
     const QModelIndex index = model->info2index(chip);
     if (index.row() < 0 || index.column() < 0 || !index.model())
         return;
+    showPreset(index);
+}
+
+void DeviceSelector::setCurrentDevice(const ChipInfo& chip)
+{
+    if (chip.partNumber.isEmpty())
+        return;
+    const ChipInfo known = db->find(chip.partNumber, chip.matchKey);
+    if (known.partNumber.isEmpty())
+        return;
+    moveBoxesTo(*ui, known);
+    const int row = rowOfChip(*model, known);
+    if (row >= 0)
+        showPreset(model->index(row, 0));
+}
+
+void DeviceSelector::showPreset(const QModelIndex& index)
+{
     QItemSelectionModel* selection = ui->tableView->selectionModel();
     ui->tableView->clearSelection();
     selection->select(index, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    // The keyboard starts where the highlight is, so Enter, the arrow keys
+    // and copying act on the preset chip.
+    selection->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
     ui->tableView->setFocus(Qt::OtherFocusReason);
     currentDeviceIndex = index;
     // Scrolling must wait until the widget has been laid out and shown.
     QTimer::singleShot(0, this, SLOT(scrollToCurrentDevice()));
+}
+
+/*
+ * A click on a header sorts the model, and the reset drops the selection
+ * while the host still holds the chip as chosen (an OK button stays enabled).
+ * Select the same chip again, or, failing that, report that nothing is
+ * chosen.
+ */
+void DeviceSelector::reselectAfterSort()
+{
+    QItemSelectionModel* selection = ui->tableView->selectionModel();
+    if ((d->chosen.partNumber.isEmpty() && d->chosen.deviceId.isEmpty()) || selection->hasSelection())
+        return;
+    const int row = rowOfChip(*model, d->chosen);
+    if (row < 0) {
+        Q_EMIT selectedDeviceChanged(DeviceArg());
+        return;
+    }
+    const QModelIndex index = model->index(row, 0);
+    d->reselecting = true;
+    selection->select(index, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    selection->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    d->reselecting = false;
+    ui->tableView->scrollTo(index);
+}
+
+void DeviceSelector::setUpKeyboard()
+{
+    QTableView* table = ui->tableView;
+    // Tab leaves the table instead of walking its cells.
+    table->setTabKeyNavigation(false);
+    auto* options = searchEdit->findChild<QPushButton*>();
+    QWidget* previous = nullptr;
+    for (QWidget* next : {static_cast<QWidget*>(ui->cbSeries), static_cast<QWidget*>(ui->cbDevice),
+                          static_cast<QWidget*>(ui->cbDeviceVersion), static_cast<QWidget*>(ui->cbPackage),
+                          static_cast<QWidget*>(ui->cbCondition), static_cast<QWidget*>(searchEdit),
+                          static_cast<QWidget*>(options), static_cast<QWidget*>(table)}) {
+        if (previous && next)
+            setTabOrder(previous, next);
+        previous = next ? next : previous;
+    }
+    if (options)
+        new KeyboardMenuPlacement(options, searchEdit);
+
+    auto* copyPartNumber = new QAction(tr("Copy part number"), table);
+    copyPartNumber->setShortcut(QKeySequence::Copy);
+    copyPartNumber->setShortcutContext(Qt::WidgetShortcut);
+    connect(copyPartNumber, &QAction::triggered, this, [this] { copySelection(false); });
+    auto* copyRow = new QAction(tr("Copy row"), table);
+    connect(copyRow, &QAction::triggered, this, [this] { copySelection(true); });
+    table->addActions({copyPartNumber, copyRow});
+    table->setContextMenuPolicy(Qt::ActionsContextMenu);
+}
+
+void DeviceSelector::setUpAccessibility()
+{
+    const std::pair<QLabel*, QWidget*> buddies[] = {
+        {ui->label, ui->cbSeries},     {ui->label_2, ui->cbDevice},    {ui->labelDeviceVersion, ui->cbDeviceVersion},
+        {ui->label_3, ui->cbPackage},  {ui->label_5, ui->cbCondition}, {ui->label_4, searchEdit},
+    };
+    for (const auto& [label, widget] : buddies)
+        label->setBuddy(widget);
+
+    const std::tuple<QWidget*, QString, QString> described[] = {
+        {ui->cbSeries, tr("Series"), tr("Limits the table to one series")},
+        {ui->cbDevice, tr("Device"), tr("Limits the table to one device")},
+        {ui->cbDeviceVersion, tr("Device version"),
+         tr("Limits the table to one device version; the blank entry is the initial version")},
+        {ui->cbPackage, tr("Package"), tr("Limits the table to one package")},
+        {ui->cbCondition, tr("Speed grade"), tr("Limits the table to one speed grade")},
+        {searchEdit, tr("Search"), tr("Limits the table to the chips in which the typed text is found")},
+        {searchEdit->findChild<QPushButton*>(), tr("Search options"),
+         tr("Chooses the columns searched and how the text is matched")},
+        {ui->tableView, tr("Matching chips"), tr("The chips that pass the filters; the selected row is the chosen chip")},
+    };
+    for (const auto& [widget, name, description] : described) {
+        if (widget) {
+            widget->setAccessibleName(name);
+            widget->setAccessibleDescription(description);
+        }
+    }
+}
+
+void DeviceSelector::copySelection(bool wholeRow) const
+{
+    const QModelIndexList rows = ui->tableView->selectionModel()->selectedRows(0);
+    if (rows.isEmpty())
+        return;
+    QString text = model->index2chipInfo(rows.first()).partNumber;
+    if (wholeRow) {
+        // The cells as the user sees them: visible columns, in screen order.
+        QStringList cells;
+        const QHeaderView* header = ui->tableView->horizontalHeader();
+        for (int visual = 0; visual < header->count(); ++visual) {
+            const int column = header->logicalIndex(visual);
+            if (!header->isSectionHidden(column))
+                cells << model->index(rows.first().row(), column).data().toString();
+        }
+        text = cells.join(QLatin1Char('\t'));
+    }
+    QGuiApplication::clipboard()->setText(text);
+}
+
+QByteArray DeviceSelector::saveState() const
+{
+    QByteArray state;
+    QDataStream out(&state, QIODevice::WriteOnly);
+    out.setVersion(QDataStream::Qt_5_12);
+    out << SelectorStateMagic << ui->tableView->horizontalHeader()->saveState();
+    return state;
+}
+
+bool DeviceSelector::restoreState(const QByteArray& state)
+{
+    QDataStream in(state);
+    in.setVersion(QDataStream::Qt_5_12);
+    quint32 magic = 0;
+    QByteArray headerState;
+    in >> magic >> headerState;
+    QHeaderView* header = ui->tableView->horizontalHeader();
+    if (in.status() != QDataStream::Ok || magic != SelectorStateMagic || !header->restoreState(headerState))
+        return false;
+    // The header shows the restored order but does not sort by itself.
+    model->sort(header->sortIndicatorSection(), header->sortIndicatorOrder());
+    reselectAfterSort();
+    return true;
 }
 
 } // namespace DEV

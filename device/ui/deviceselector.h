@@ -70,6 +70,29 @@ public:
      */
     void setCurrentDevice(const QString& deviceId);
 
+    /**
+     * Shows and selects exactly @p chip, found in the database by its part
+     * number and match key: one device identifier covers several part numbers
+     * (voltages, speed grades), so this is the preset that reopens a
+     * project's own chip. The combo boxes move as for a device identifier; a
+     * chip the database does not know changes nothing.
+     */
+    void setCurrentDevice(const ChipInfo& chip);
+
+    /**
+     * The table's column widths and sort order, for a host to keep between
+     * sessions (the library itself writes no files). See restoreState().
+     */
+    QByteArray saveState() const;
+
+    /**
+     * Restores what saveState() returned and sorts the table accordingly,
+     * keeping the chosen chip. The next rebuild of the table returns to
+     * part-number order, as every rebuild does. Returns false, changing
+     * nothing, when @p state is not such a value.
+     */
+    bool restoreState(const QByteArray& state);
+
 Q_SIGNALS:
     /**
      * The chip the user now has: the chip of a clicked row, or an empty
@@ -98,6 +121,15 @@ private:
     std::unique_ptr<SortedBase> sortedBase;
 
     const QList<ChipInfo>& chipsOfBoxes();
+
+    struct Private;
+    std::unique_ptr<Private> d;
+
+    void setUpKeyboard();
+    void setUpAccessibility();
+    void showPreset(const QModelIndex& index);
+    void reselectAfterSort();
+    void copySelection(bool wholeRow) const;
 };
 
 } // namespace DEV

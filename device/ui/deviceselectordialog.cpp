@@ -3,8 +3,10 @@
 
 #include "deviceselector.h"
 
+#include <QDataStream>
 #include <QDialogButtonBox>
 #include <QPushButton>
+#include <QTableView>
 #include <QVBoxLayout>
 
 namespace DEV {
@@ -25,22 +27,78 @@ DeviceSelectorDialog::DeviceSelectorDialog(DeviceDb* db, QWidget* parent)
     // starts enabled and waits for the first report.
     connect(selector, SIGNAL(selectedDeviceChanged(DEV::DeviceArg)), this,
             SLOT(onSelectedDeviceChanged(DEV::DeviceArg)));
+
+    // A double-click on a row chooses it and answers at once, as OK would.
+    // (Enter reaches OK as the default button.)
+    auto* table = selector->findChild<QTableView*>();
+    connect(table, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
+        QPushButton* ok = buttonBox->button(QDialogButtonBox::Ok);
+        if (index.isValid() && ok->isEnabled())
+            ok->click();
+    });
+    setTabOrder(table, buttonBox->button(QDialogButtonBox::Ok));
+    setTabOrder(buttonBox->button(QDialogButtonBox::Ok), buttonBox->button(QDialogButtonBox::Cancel));
 }
 
 DeviceSelectorDialog::~DeviceSelectorDialog() = default;
 
-ChipInfo DeviceSelectorDialog::getSelectedChip(QWidget* parent, DeviceDb* db, const QString& device)
+namespace {
+
+template <typename Preset>
+ChipInfo askFor(QWidget* parent, DeviceDb* db, const Preset& preset)
 {
     DeviceSelectorDialog dialog(db, parent);
-    dialog.selector->setCurrentDevice(device);
+    dialog.setCurrentDevice(preset);
     if (dialog.exec() == QDialog::Accepted)
-        return dialog.selector->selectedDevice();
+        return dialog.selectedDevice();
     return ChipInfo();
+}
+
+// Tags saved states, so that restoring something else fails cleanly.
+constexpr quint32 DialogStateMagic = 0x44455344;
+
+} // namespace
+
+ChipInfo DeviceSelectorDialog::getSelectedChip(QWidget* parent, DeviceDb* db, const QString& device)
+{
+    return askFor(parent, db, device);
+}
+
+ChipInfo DeviceSelectorDialog::getSelectedChip(QWidget* parent, DeviceDb* db, const ChipInfo& chip)
+{
+    return askFor(parent, db, chip);
 }
 
 void DeviceSelectorDialog::setCurrentDevice(const QString& device)
 {
     selector->setCurrentDevice(device);
+}
+
+void DeviceSelectorDialog::setCurrentDevice(const ChipInfo& chip)
+{
+    selector->setCurrentDevice(chip);
+}
+
+QByteArray DeviceSelectorDialog::saveState() const
+{
+    QByteArray state;
+    QDataStream out(&state, QIODevice::WriteOnly);
+    out.setVersion(QDataStream::Qt_5_12);
+    out << DialogStateMagic << saveGeometry() << selector->saveState();
+    return state;
+}
+
+bool DeviceSelectorDialog::restoreState(const QByteArray& state)
+{
+    QDataStream in(state);
+    in.setVersion(QDataStream::Qt_5_12);
+    quint32 magic = 0;
+    QByteArray geometry;
+    QByteArray selectorState;
+    in >> magic >> geometry >> selectorState;
+    if (in.status() != QDataStream::Ok || magic != DialogStateMagic)
+        return false;
+    return selector->restoreState(selectorState) && restoreGeometry(geometry);
 }
 
 ChipInfo DeviceSelectorDialog::selectedDevice() const

@@ -49,8 +49,33 @@ public:
      */
     static ChipInfo getSelectedChip(QWidget* parent, DeviceDb* db, const QString& device);
 
+    /**
+     * As above, preset to exactly @p chip (its part number and match key)
+     * rather than to the first chip of a device identifier; see
+     * DeviceSelector::setCurrentDevice(const ChipInfo&).
+     */
+    static ChipInfo getSelectedChip(QWidget* parent, DeviceDb* db, const ChipInfo& chip);
+
     /// Shows and selects the chip with the device identifier @p device; see DeviceSelector::setCurrentDevice().
     void setCurrentDevice(const QString& device);
+
+    /// Shows and selects exactly @p chip; see DeviceSelector::setCurrentDevice(const ChipInfo&).
+    void setCurrentDevice(const ChipInfo& chip);
+
+    /**
+     * The dialog's geometry with the selector's column widths and sort, for
+     * a host to keep between sessions (the library writes no files):
+     * @code
+     * DEV::DeviceSelectorDialog dialog(db, this);
+     * dialog.restoreState(settings.value("deviceDialog").toByteArray());
+     * const int answer = dialog.exec();
+     * settings.setValue("deviceDialog", dialog.saveState());
+     * @endcode
+     */
+    QByteArray saveState() const;
+
+    /// Restores what saveState() returned; false, changing nothing, for anything else.
+    bool restoreState(const QByteArray& state);
 
     /// The chip of the selected row, or an empty record.
     ChipInfo selectedDevice() const;
