@@ -270,8 +270,6 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     table->horizontalHeader()->setHighlightSections(false);
     for (const auto& width : SectionWidths)
         table->horizontalHeader()->resizeSection(width[0], width[1]);
-    table->setItemDelegate(new ElidedCellTips(table));
-    new MinimumFromLayout(this);
 
     // Filled before its signal is connected, so filling it triggers nothing.
     DistinctValues series;
@@ -283,12 +281,7 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     connect(ui->cbSeries, SIGNAL(currentIndexChanged(int)), this, SLOT(onSeriesChanged()));
     connect(table->selectionModel(), SIGNAL(selectionChanged(QItemSelection, QItemSelection)), this,
             SLOT(onIndexSelected()));
-    connect(this, &DeviceSelector::selectedDeviceChanged, this, [this](const DeviceArg& chip) { d->chosen = chip; });
-    // Connected after the view's own sorting, so this runs once the sort has
-    // dropped the selection.
-    connect(table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this, [this] { reselectAfterSort(); });
-    setUpKeyboard();
-    setUpAccessibility();
+    setUpUsability();
 
     // "Any" series: fills the dependent boxes from every chip and shows the
     // whole database.
@@ -574,6 +567,19 @@ void DeviceSelector::reselectAfterSort()
     selection->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
     d->reselecting = false;
     ui->tableView->scrollTo(index);
+}
+
+void DeviceSelector::setUpUsability()
+{
+    QTableView* table = ui->tableView;
+    table->setItemDelegate(new ElidedCellTips(table));
+    new MinimumFromLayout(this);
+    connect(this, &DeviceSelector::selectedDeviceChanged, this, [this](const DeviceArg& chip) { d->chosen = chip; });
+    // Connected after the view's own sorting, so this runs once the sort has
+    // dropped the selection.
+    connect(table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this, [this] { reselectAfterSort(); });
+    setUpKeyboard();
+    setUpAccessibility();
 }
 
 void DeviceSelector::setUpKeyboard()

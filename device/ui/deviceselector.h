@@ -125,6 +125,7 @@ private:
     struct Private;
     std::unique_ptr<Private> d;
 
+    void setUpUsability();
     void setUpKeyboard();
     void setUpAccessibility();
     void showPreset(const QModelIndex& index);
