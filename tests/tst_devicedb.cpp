@@ -117,6 +117,11 @@ private Q_SLOTS:
                                          "can not opend device data file:  \"" + m_files.path("none.csv") + '"'}));
         QCOMPARE(capture.count(), 2);
         QVERIFY(none.allChipInfo().isEmpty() && none.allDevice().isEmpty());
+        L reports; // status, chips, lines skipped, the first of them
+        for (const DeviceDb* loaded : {&db, &none})
+            reports << QStringLiteral("%1 %2 %3 %4").arg(loaded->loadReport().status).arg(loaded->loadReport().chips)
+                           .arg(loaded->loadReport().skippedLines).arg(loaded->loadReport().firstSkippedLine);
+        QCOMPARE(reports, (L{"0 4 1 2", "1 0 0 0"}));
         QCOMPARE(fields(none.findByID(QStringLiteral("zr9k31-013"))), fields(ChipInfo()));
         // Loaded chips share equal values, down to whole lists of counts: a catalogue repeats them on thousands of lines.
         const auto shared = m_files.load("a,p1,S,k,d,v,P,V,c,x,1,2\nb,p2,S,k,d,w,P,V,c,x,1,2\nc,p3,S,k,d,v,P,V,c,x,1,3\n");
@@ -246,8 +251,15 @@ private Q_SLOTS:
                 || db->allChipInfo().at(0).partNumber == QLatin1String("changed");
         });
         QCOMPARE(failures.load(), 0);
+        // Asked for before the application object exists (below), the database says why it stays empty, once.
+        QProcessEnvironment early = QProcessEnvironment::systemEnvironment();
+        early.insert(QStringLiteral("TST_INSTANCE_FIRST"), QStringLiteral("1"));
+        const QByteArray err = TestHelpers::runProgram(QCoreApplication::applicationFilePath(), {}, early).err;
+        QCOMPARE(err.count("instance() called before the QCoreApplication was created"), 1);
     }
 };
+
+const bool instanceFirst = qEnvironmentVariableIsSet("TST_INSTANCE_FIRST") && (DeviceDb::instance(), std::exit(0), true);
 
 QTEST_GUILESS_MAIN(TestDeviceDb)
 #include "tst_devicedb.moc"

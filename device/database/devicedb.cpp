@@ -55,11 +55,22 @@ DeviceDb::DeviceDb(const QString& fileName)
 
 DeviceDb::~DeviceDb() = default;
 
+DeviceDb::LoadReport DeviceDb::loadReport() const
+{
+    return d->report;
+}
+
 DeviceDb* DeviceDb::instance()
 {
     // A function-local static is constructed exactly once even when several
     // threads arrive together (the others wait), and destroyed at exit.
-    static DeviceDb db(defaultDataFile());
+    static DeviceDb db([] {
+        // Without the application object the program's directory is unknown.
+        if (!QCoreApplication::instance())
+            qWarning("DEV::DeviceDb::instance() called before the QCoreApplication was created: the catalogue "
+                     "beside the program cannot be found and the database stays empty");
+        return defaultDataFile();
+    }());
     return &db;
 }
 

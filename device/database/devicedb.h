@@ -67,7 +67,8 @@ public:
      * QCoreApplication::applicationDirPath() + "/../data/device/device_info.csv".
      * Safe to call from several threads at once: the file is read once and
      * every caller gets the same object. Create the QCoreApplication first,
-     * since the path depends on it. The database lives until the process exits.
+     * since the path depends on it (a call before that warns once, and the
+     * database stays empty). The database lives until the process exits.
      */
     static DeviceDb* instance();
 
@@ -96,6 +97,24 @@ public:
 
     /// Every chip, in database order.
     QList<ChipInfo> allChipInfo() const;
+
+    /// How reading the data file went; see loadReport().
+    struct LoadReport
+    {
+        /// Whether the file could be read at all.
+        enum Status { Read, NotFound, Unreadable };
+        Status status = Read;
+        int chips = 0; ///< Chips loaded.
+        int skippedLines = 0; ///< Malformed lines left out.
+        int firstSkippedLine = 0; ///< Line number (counted from 1) of the first of them; 0 when none was.
+    };
+
+    /**
+     * How reading the data file went, for a host that wants to tell its user
+     * (the library reports the same on the critical channel, one message per
+     * malformed line, and carries on with what it has).
+     */
+    LoadReport loadReport() const;
 
     /// Every chip as a DeviceArg, position by position the chips of allChipInfo().
     QList<DeviceArg> allDevice() const;

@@ -3,6 +3,7 @@
 
 #include <QDebug>
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QStringView>
 #include <QTextCodec>
@@ -173,8 +174,12 @@ public:
         m_empty = QString(QLatin1String(""));
     }
 
+    /// The malformed lines counted by finish().
+    const DeviceDb::LoadReport& report() const { return m_report; }
+
     void addLine(QStringView line)
     {
+        ++m_lines;
         if (line.isEmpty())
             return;
 
@@ -182,6 +187,7 @@ public:
         const int columns = m_commas.size() + 1;
         if (columns < MinimumColumns) {
             m_malformed.append(line.toString());
+            m_malformedAt.push_back(m_lines);
             return;
         }
 
@@ -211,6 +217,9 @@ public:
         std::move(later.m_records.begin(), later.m_records.end(), std::back_inserter(m_records));
         later.m_records.clear();
         m_malformed += later.m_malformed;
+        for (int line : later.m_malformedAt)
+            m_malformedAt.push_back(m_lines + line);
+        m_lines += later.m_lines;
     }
 
     /// Reports the malformed lines in file order, then appends the records to
@@ -220,6 +229,8 @@ public:
         for (const QString& line : qAsConst(m_malformed))
             qCritical() << "incorrect device info entry" << line;
         m_malformed.clear();
+        m_report.skippedLines = int(m_malformedAt.size());
+        m_report.firstSkippedLine = m_malformedAt.empty() ? 0 : m_malformedAt.front();
 
         // Few distinct versions exist, so this is a counting sort: rank the
         // versions, then give each record its slot. Records of one version
@@ -396,6 +407,9 @@ private:
     std::vector<ChipInfo> m_records;
     // Reported by finish(), so that lines read on two threads come out in file order.
     QStringList m_malformed;
+    std::vector<int> m_malformedAt; // their line numbers, from 1
+    int m_lines = 0;
+    DeviceDb::LoadReport m_report;
     QString m_empty;
     QVarLengthArray<int, 64> m_commas;
     std::array<QString, FirstResourceColumn> m_previous;
@@ -444,8 +458,13 @@ public:
         m_buffer.remove(0, int(start));
     }
 
-    /// The last line, which has no line break after it.
-    void finish() { m_builder.addLine(m_buffer); }
+    /// The last line, which has no line break after it. When the text ends
+    /// in a line break there is none, and no line is counted.
+    void finish()
+    {
+        if (!m_buffer.isEmpty())
+            m_builder.addLine(m_buffer);
+    }
 
 private:
     std::unique_ptr<QTextDecoder> m_decoder;
@@ -533,6 +552,7 @@ void DeviceDbPrivate::loadDataFile(const QString& fileName)
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         qCritical() << "can not opend device data file: " << fileName;
+        report.status = QFileInfo::exists(fileName) ? DeviceDb::LoadReport::Unreadable : DeviceDb::LoadReport::NotFound;
         return;
     }
 
@@ -549,6 +569,9 @@ void DeviceDbPrivate::loadDataFile(const QString& fileName)
     else
         readStream(file, builder);
     builder.finish();
+    report.skippedLines = builder.report().skippedLines;
+    report.firstSkippedLine = builder.report().firstSkippedLine;
+    report.chips = chips.size();
     file.close();
 #if defined(__GLIBC__)
     // Loading frees its temporary tables, most of them on a second thread

@@ -11,6 +11,7 @@
 //
 
 #include "chipinfo.h"
+#include "devicedb.h"
 
 #include <QList>
 #include <QString>
@@ -29,6 +30,7 @@ public:
     void loadDataFile(const QString& fileName);
 
     QList<ChipInfo> chips;
+    DeviceDb::LoadReport report;
 };
 
 } // namespace pimpl
