@@ -17,8 +17,9 @@ class TestExamples : public QObject
     TestHelpers::Catalogues m_files;
 
 private Q_SLOTS:
-    // "program|answer" and arguments, then the exact output. A line "program: ..." is the one-line error of status 2
-    // with nothing on standard output; nothing (or "0" from --count) is status 1; else 0.
+    // "program|answer[|status[|dead]]" and arguments, then the exact output. A line "program: ..." is the one-line
+    // error of status 2 with nothing on standard output; nothing (or "0" from --count, "[]" from --json) is status 1;
+    // else 0, unless a status is given. "dead": DISPLAY names no X server, and no platform is chosen.
     void outputAndStatus_data()
     {
         QTest::addColumn<QString>("run");
@@ -69,6 +70,23 @@ private Q_SLOTS:
         query("--smallest alone", {"--smallest"}, "devicequery: --smallest needs --min\n");
         QTest::newRow("--version among others filters") << "devicequery" << L{"--count", "--version"}
                                                          << "devicequery: missing value after '--version'\n";
+        QTest::newRow("option instead of a value") << "devicequery" << L{"--series", "--json"}
+                                                   << "devicequery: missing value after '--series'\n";
+        QTest::newRow("invalid regular expression") << "devicequery" << L{"--search", "a(", "--mode", "regexp"}
+                                                    << "devicequery: invalid regular expression 'a(': unexpected end\n";
+        query("json of nothing", {"--json", "--speed", "C9"}, "[]\n");
+        const QString bad = m_files.write("bad\nx,y\n\nzz\n");
+        QTest::newRow("bad lines summed up, no chips") << "devicepicker" << L{"--data", bad}
+            << "devicepicker: 3 lines skipped; first at line 1\ndevicepicker: no chips in data file: " + bad + '\n';
+        QTest::newRow("unknown part number") << "devicepicker|reject|1" << L{"--part-number", "QX"}
+                                             << "devicepicker: unknown part number 'QX'; the dialog opens unfiltered\n";
+        QTest::newRow("exact chip of a shared identifier") << "devicepicker|accept" << L{"--part-number", "ZR9K31AA-MVBG484C7/I6"}
+            << "deviceId: zr9k31a-015\npartNumber: ZR9K31AA-MVBG484C7/I6\nseries: ZR9K\nmatchKey: ZR9K31A_BG484A\n"
+               "device: ZR9K31A\ndeviceVersion: A\npackage: BG484\nvoltage: 1.2V\nspeed: C7/I6\nauxiliary:\n"
+               "resources: 215, 31104, 46656, , 1944Kb, 504Kb, , 27, 2\n";
+        QTest::newRow("dead display: --version") << "devicepicker|||dead" << L{"--version"} << "devicepicker " DEVICE_VERSION "\n";
+        QTest::newRow("dead display: the dialog") << "devicepicker|||dead" << L()
+                                                  << "devicepicker: no display to show the dialog on (try --screenshot FILE)\n";
         QTest::newRow("repeated filter") << "devicequery" << L{"--series", "QA", "--series", "QB"}
                                          << "devicequery: --series given more than once\n";
         QTest::newRow("unreadable data file") << "devicequery" << L{"--data", "/nonexistent/x.csv"}
@@ -91,13 +109,19 @@ private Q_SLOTS:
         QFETCH(L, arguments);
         QFETCH(QString, expected);
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("DEVICEPICKER_AUTOANSWER"), run.section('|', 1));
+        environment.insert(QStringLiteral("DEVICEPICKER_AUTOANSWER"), run.section('|', 1, 1));
+        if (run.endsWith(QLatin1String("|dead"))) {
+            environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+            environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+            environment.insert(QStringLiteral("DISPLAY"), QStringLiteral(":9873"));
+        }
         const bool query = run.startsWith(QLatin1String("devicequery"));
         const TestHelpers::Run r = runProgram(query ? DEVICEQUERY_PATH : DEVICEPICKER_PATH, arguments, environment);
         const bool error = expected.startsWith(run.section('|', 0, 0) + ": ");
         QCOMPARE(QString::fromUtf8(r.err), error ? expected : QString());
         QCOMPARE(QString::fromUtf8(r.out), error ? QString() : expected);
-        QCOMPARE(r.status, error ? 2 : expected.isEmpty() || expected == QLatin1String("0\n") ? 1 : 0);
+        const bool nothing = expected.isEmpty() || expected == QLatin1String("0\n") || expected == QLatin1String("[]\n");
+        QCOMPARE(r.status, run.section('|', 2, 2).isEmpty() ? (error ? 2 : nothing ? 1 : 0) : run.section('|', 2, 2).toInt());
     }
 
     // Each planted fault is reported on its line, in line order; the bundled catalogue (no file given) is clean.
@@ -147,6 +171,9 @@ private Q_SLOTS:
         const QByteArray help = runProgram(DEVICEQUERY_PATH, {"--help"}).out + runProgram(DEVICEPICKER_PATH, {"--help"}).out;
         QVERIFY(help.startsWith("Usage: ") && help.contains("--search <TEXT>") && help.contains("--preset <ID>")
                 && !help.contains("AUTOANSWER"));
+        QProcessEnvironment german = QProcessEnvironment::systemEnvironment(); // the system's language by default
+        german.insert(QStringLiteral("LANGUAGE"), QStringLiteral("de_AT:en"));
+        QVERIFY(runProgram(DEVICEPICKER_PATH, {"--help"}, german).out.simplified().contains("LANG) is followed when there is a translation for it; here: de."));
         QFile main(QStringLiteral(DEVICEPICKER_MAIN)), readme(QStringLiteral(DEVICE_README));
         QVERIFY(main.open(QIODevice::ReadOnly) && readme.open(QIODevice::ReadOnly));
         const QString block = QString::fromUtf8(main.readAll()).section("[host-example]", 1, 1).section('\n', 1, -2);

@@ -52,11 +52,37 @@ inline int usageError(const QString& message)
     return BadUsage;
 }
 
-/// The misuse both programs reject alike, or an empty string: a stray
-/// argument, or an option taking a value given twice (silently keeping only
-/// the last of two --series would hide a script bug).
+/// An option that takes a value followed by another option, as in
+/// "--series --json": the parser would take "--json" as the series and the
+/// output format would silently change. The complaint, or an empty string.
+/// ("--search=--json" still searches for "--json".)
+inline QString missingValue(const QStringList& arguments, const QList<QCommandLineOption>& options)
+{
+    QStringList known;
+    QStringList takingValue;
+    for (const QCommandLineOption& option : options) {
+        for (const QString& name : option.names()) {
+            known << (name.size() == 1 ? QLatin1String("-") : QLatin1String("--")) + name;
+            if (!option.valueName().isEmpty())
+                takingValue << known.constLast();
+        }
+    }
+    for (int i = 1; i + 1 < arguments.size() && arguments.at(i) != QLatin1String("--"); ++i) {
+        if (takingValue.contains(arguments.at(i)) && known.contains(arguments.at(i + 1).section(QLatin1Char('='), 0, 0)))
+            return QStringLiteral("missing value after '%1'").arg(arguments.at(i));
+    }
+    return QString();
+}
+
+/// The misuse both programs reject alike, or an empty string: an option
+/// whose value is missing, a stray argument, or an option taking a value
+/// given twice (silently keeping only the last of two --series would hide a
+/// script bug).
 inline QString misuse(const QCommandLineParser& parser, const QList<QCommandLineOption>& options)
 {
+    const QString missing = missingValue(QCoreApplication::arguments(), options);
+    if (!missing.isEmpty())
+        return missing;
     if (!parser.positionalArguments().isEmpty())
         return QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst());
     for (const QCommandLineOption& option : options) {
@@ -66,11 +92,31 @@ inline QString misuse(const QCommandLineParser& parser, const QList<QCommandLine
     return QString();
 }
 
+/// While a data file loads: the loader's message for each malformed line
+/// is held back, since a broken catalogue would bury the terminal; the
+/// caller prints one summary line instead. Everything else passes on.
+inline QtMessageHandler& handlerAroundLoading()
+{
+    static QtMessageHandler outer = nullptr;
+    return outer;
+}
+
+inline void holdBackSkippedLines(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (type == QtCriticalMsg && message.startsWith(QLatin1String("incorrect device info entry")))
+        return;
+    if (handlerAroundLoading())
+        handlerAroundLoading()(type, context, message);
+}
+
 /// The database of @p dataFile, or the process-wide one of the catalogue
 /// beside the program when @p dataFile is empty (@p own then stays empty).
-/// Null, with @p error set, when the file cannot be read: the library would
-/// only log that and carry on empty, which would pass for "nothing found".
-inline DEV::DeviceDb* openDatabase(const QString& dataFile, std::unique_ptr<DEV::DeviceDb>* own, QString* error)
+/// Null, with @p error set, when the file cannot be read, or, if
+/// @p needChips, holds no chip: the library would only log that and carry on
+/// empty, which would pass for "nothing found". Malformed lines are counted
+/// on standard error in one line, "N lines skipped; first at line K".
+inline DEV::DeviceDb* openDatabase(const QString& dataFile, std::unique_ptr<DEV::DeviceDb>* own, QString* error,
+                                   bool needChips = false)
 {
     const QString path = dataFile.isEmpty() ? DEV::DeviceDb::defaultDataFile() : dataFile;
     const QFileInfo file(path);
@@ -78,10 +124,21 @@ inline DEV::DeviceDb* openDatabase(const QString& dataFile, std::unique_ptr<DEV:
         *error = QStringLiteral("cannot read data file: %1").arg(QDir::cleanPath(path));
         return nullptr;
     }
-    if (dataFile.isEmpty())
-        return DEV::DeviceDb::instance();
-    own->reset(new DEV::DeviceDb(dataFile));
-    return own->get();
+    handlerAroundLoading() = qInstallMessageHandler(holdBackSkippedLines);
+    if (!dataFile.isEmpty())
+        own->reset(new DEV::DeviceDb(dataFile));
+    DEV::DeviceDb* db = dataFile.isEmpty() ? DEV::DeviceDb::instance() : own->get();
+    qInstallMessageHandler(handlerAroundLoading());
+    const DEV::DeviceDb::LoadReport report = db->loadReport();
+    if (report.skippedLines > 0) {
+        std::fprintf(stderr, "%s: %d %s skipped; first at line %d\n", qPrintable(QCoreApplication::applicationName()),
+                     report.skippedLines, report.skippedLines == 1 ? "line" : "lines", report.firstSkippedLine);
+    }
+    if (needChips && report.chips == 0) {
+        *error = QStringLiteral("no chips in data file: %1").arg(QDir::cleanPath(path));
+        return nullptr;
+    }
+    return db;
 }
 
 /// Qt's parser texts read "Unknown option 'x'."; ours are lower-case fragments.

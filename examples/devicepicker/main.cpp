@@ -24,7 +24,10 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QFile>
 #include <QLibraryInfo>
+#include <QLocale>
+#include <QMessageBox>
 #include <QPixmap>
 #include <QPushButton>
 #include <QTimer>
@@ -46,17 +49,23 @@ struct Options
                               QStringLiteral("Open the dialog on the chip with device identifier ID; an old "
                                              "zr9k31-NNN identifier is understood."),
                               QStringLiteral("ID")};
+    QCommandLineOption partNumber{QStringLiteral("part-number"),
+                                  QStringLiteral("Open the dialog on exactly the chip with part number PN "
+                                                 "(one device identifier covers several part numbers)."),
+                                  QStringLiteral("PN")};
     QCommandLineOption json{QStringLiteral("json"), QStringLiteral("Print the chosen chip as a JSON object.")};
     QCommandLineOption lang{QStringLiteral("lang"),
                             QStringLiteral("Show the dialog in language CODE (for example de), from the "
-                                           "translations installed beside the program."),
+                                           "translations installed beside the program. Without it the "
+                                           "system's language (LANGUAGE, LC_ALL, LC_MESSAGES, LANG) is "
+                                           "followed when there is a translation for it; here: %1."),
                             QStringLiteral("CODE")};
     QCommandLineOption screenshot{QStringLiteral("screenshot"),
                                   QStringLiteral("Do not ask: render the dialog, preset and scrolled to its "
                                                  "chip, to the PNG image FILE and exit."),
                                   QStringLiteral("FILE")};
 
-    QList<QCommandLineOption> all() const { return {help, version, data, preset, json, lang, screenshot}; }
+    QList<QCommandLineOption> all() const { return {help, version, data, preset, partNumber, json, lang, screenshot}; }
 };
 
 const char* const kEpilog = R"(
@@ -75,9 +84,11 @@ BSRAM, User Flash, DSP, PLL separated by ", ", empty ones included. --json
 prints one object with the same names, "resources" as an array of strings,
 each exactly as the data file has it.
 
-Without a display (no DISPLAY or WAYLAND_DISPLAY, and no QT_QPA_PLATFORM
-chosen) the program runs on Qt's offscreen platform, where --screenshot works
-but the dialog cannot be shown.
+Without a display (no DISPLAY or WAYLAND_DISPLAY, or none that answers, and
+no QT_QPA_PLATFORM chosen) the program runs on Qt's offscreen platform, where
+--screenshot works but the dialog cannot be shown. A preset that the
+catalogue does not know is reported on standard error, and the dialog opens
+unfiltered.
 
 Exit status: 0 a chip was chosen; 1 nothing was chosen (cancelled, or OK with
 no row selected), nothing printed; 2 bad usage, unreadable data file,
@@ -91,21 +102,30 @@ enum PickerStatus { Chosen = Found, NothingChosen = NothingFound };
 
 /*
  * QApplication picks its platform plugin when it is constructed, and Debian's
- * default (xcb) aborts the process when there is no X server. Choosing the
- * offscreen platform first lets --help, the usage errors and --screenshot work
- * on a headless machine. A platform the user chose (QT_QPA_PLATFORM or
- * -platform) is left alone.
+ * default (xcb) aborts the process when there is no X server, or when DISPLAY
+ * names one that does not answer. Qt tries the platforms of a ';'-separated
+ * list in turn, so the display's own platform comes first and the offscreen
+ * one last: --help, the usage errors and --screenshot then work on any
+ * machine, and the dialog says it has no display instead of aborting. A
+ * platform the user chose (QT_QPA_PLATFORM or -platform) is left alone.
  */
+bool fallingBack = false;
+
 void preferOffscreenWithoutDisplay(int argc, char** argv)
 {
-    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || !qEnvironmentVariableIsEmpty("DISPLAY")
-        || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+    if (!qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         return;
     for (int i = 1; i < argc; ++i) {
         if (qstrcmp(argv[i], "-platform") == 0 || qstrcmp(argv[i], "--platform") == 0)
             return;
     }
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QByteArray platforms;
+    if (!qEnvironmentVariableIsEmpty("DISPLAY"))
+        platforms += "xcb;";
+    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        platforms += "wayland;";
+    fallingBack = !platforms.isEmpty();
+    qputenv("QT_QPA_PLATFORM", platforms + "offscreen");
 }
 
 /*
@@ -121,6 +141,14 @@ void dropPlatformChatter(QtMsgType type, const QMessageLogContext& context, cons
     if (type == QtWarningMsg
         && (message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"))
             || message == QLatin1String("This plugin does not support propagateSizeHints()")))
+        return;
+    // A display that does not answer: the platform list goes on to the next
+    // platform, and the one-line message says what that means.
+    if (fallingBack && qstrncmp(context.category ? context.category : "", "qt.qpa.", 7) == 0
+        && (message.startsWith(QLatin1String("could not connect to display"))
+            || message.startsWith(QLatin1String("Could not load the Qt platform plugin"))
+            || message.startsWith(QLatin1String("Could not find the Qt platform plugin"))
+            || message.startsWith(QLatin1String("Failed to create wl_display"))))
         return;
     if (passOn)
         passOn(type, context, message);
@@ -206,10 +234,13 @@ QByteArray chipJson(const DEV::ChipInfo& chip)
     return QJsonDocument(ExampleCommandLine::chipToJson(chip)).toJson(QJsonDocument::Indented);
 }
 
-int screenshot(DEV::DeviceDb* db, const QString& preset, const QString& path)
+int screenshot(DEV::DeviceDb* db, const QString& preset, const DEV::ChipInfo& exact, const QString& path)
 {
     DEV::DeviceSelectorDialog dialog(db);
-    dialog.setCurrentDevice(preset);
+    if (exact.partNumber.isEmpty())
+        dialog.setCurrentDevice(preset);
+    else
+        dialog.setCurrentDevice(exact);
     dialog.resize(dialog.sizeHint());
     dialog.show();
     // The selector scrolls to the preset chip from a zero-delay timer, and the
@@ -226,22 +257,43 @@ int screenshot(DEV::DeviceDb* db, const QString& preset, const QString& path)
 }
 
 /*
- * Installs the library's translation for @p code, and Qt's own for the
- * dialog's standard buttons when the system has it. The library's files live
- * in share/device/translations beside bin/, in the build tree as after
+ * The language of the library's translation that fits @p languages best
+ * ("de" for "de-AT"), or an empty string for none. The files live in
+ * share/device/translations beside bin/, in the build tree as after
  * installation.
  */
-bool installTranslations(QApplication& app, const QString& code)
+QString translatedLanguage(const QStringList& languages)
 {
-    auto* device = new QTranslator(&app);
-    const QString dir = QCoreApplication::applicationDirPath() + QLatin1String("/../share/device/translations");
-    if (!device->load(QLatin1String("device_") + code, dir))
-        return false;
-    app.installTranslator(device);
-    auto* qt = new QTranslator(&app);
-    if (qt->load(QLatin1String("qtbase_") + code, QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
-        app.installTranslator(qt);
-    return true;
+    const QString dir = QCoreApplication::applicationDirPath() + QLatin1String("/../share/device/translations/");
+    for (QString language : languages) {
+        language.replace(QLatin1Char('-'), QLatin1Char('_'));
+        for (; !language.isEmpty(); language = language.section(QLatin1Char('_'), 0, -2)) {
+            if (QFile::exists(dir + QLatin1String("device_") + language + QLatin1String(".qm")))
+                return language;
+            if (!language.contains(QLatin1Char('_')))
+                break;
+        }
+    }
+    return QString();
+}
+
+/// Installs the library's translation into @p language, and Qt's own for the
+/// dialog's standard buttons when the system has it (Debian's
+/// qttranslations5-l10n).
+void installTranslations(QApplication& app, const QString& language)
+{
+    const std::pair<QString, QString> files[] = {
+        {QLatin1String("device_") + language,
+         QCoreApplication::applicationDirPath() + QLatin1String("/../share/device/translations")},
+        {QLatin1String("qtbase_") + language, QLibraryInfo::location(QLibraryInfo::TranslationsPath)},
+    };
+    for (const auto& [name, dir] : files) {
+        auto* translator = new QTranslator(&app);
+        if (translator->load(name, dir))
+            app.installTranslator(translator);
+        else
+            delete translator;
+    }
 }
 
 /// What is wrong with the options taken together, or an empty string.
@@ -256,7 +308,73 @@ QString conflict(const QCommandLineParser& parser, const Options& o)
         return QStringLiteral("--screenshot needs a file name");
     if (parser.isSet(o.screenshot) && parser.isSet(o.json))
         return QStringLiteral("--json and --screenshot cannot be combined");
+    if (parser.isSet(o.preset) && parser.isSet(o.partNumber))
+        return QStringLiteral("--preset and --part-number cannot be combined");
     return QString();
+}
+
+/*
+ * The exact chip --part-number asks for, or an empty record (then --preset,
+ * if any, is the device identifier to open on). A preset the catalogue does
+ * not know is reported; the dialog then opens unfiltered, as the library
+ * leaves it.
+ */
+DEV::ChipInfo exactPreset(DEV::DeviceDb* db, const QString& id, const QString& partNumber)
+{
+    if (!partNumber.isEmpty()) {
+        const DEV::ChipInfo chip = db->findByPN(partNumber).value(0);
+        if (chip.partNumber.isEmpty())
+            usageError(QStringLiteral("unknown part number '%1'; the dialog opens unfiltered").arg(partNumber));
+        return chip;
+    }
+    if (!id.isEmpty() && db->findByID(id).deviceId.isEmpty())
+        usageError(QStringLiteral("unknown device identifier '%1'; the dialog opens unfiltered").arg(id));
+    return DEV::ChipInfo();
+}
+
+/// The one line on standard error, and, for a person at a display, a message box saying the same.
+int failure(const QString& message, bool person)
+{
+    if (person)
+        QMessageBox::critical(nullptr, QStringLiteral("devicepicker"), message);
+    return usageError(message);
+}
+
+/// Everything after the command line was read: the catalogue, the preset, the dialog or its picture.
+int pick(const QCommandLineParser& parser, const Options& o, Answer answer)
+{
+    // A person is only there when the dialog can be shown and no test answers it.
+    const bool person = answer == Answer::Nobody && !parser.isSet(o.screenshot) && !cannotShowWindows();
+    QString error;
+    std::unique_ptr<DEV::DeviceDb> own;
+    DEV::DeviceDb* db = openDatabase(parser.value(o.data), &own, &error, true);
+    if (!db)
+        return failure(error, person);
+    const QString preset = parser.value(o.preset);
+    const DEV::ChipInfo exact = exactPreset(db, preset, parser.value(o.partNumber));
+
+    if (parser.isSet(o.screenshot))
+        return screenshot(db, preset, exact, parser.value(o.screenshot));
+
+    // A dialog nobody can see would wait for ever.
+    if (answer == Answer::Nobody && cannotShowWindows())
+        return usageError(QStringLiteral("no display to show the dialog on (try --screenshot FILE)"));
+    if (answer != Answer::Nobody)
+        answerWhenShown(answer);
+
+    // [host-example] The README shows this block verbatim.
+    // Modal: returns once the user has answered. The preset is the project's
+    // exact chip when it has one, else its device identifier; an empty
+    // record means the user cancelled, or pressed OK with no row selected.
+    const DEV::ChipInfo chip = exact.partNumber.isEmpty()
+        ? DEV::DeviceSelectorDialog::getSelectedChip(nullptr, db, preset)
+        : DEV::DeviceSelectorDialog::getSelectedChip(nullptr, db, exact);
+    if (chip.deviceId.isEmpty())
+        return NothingChosen;
+    // [host-example]
+
+    printOut(parser.isSet(o.json) ? chipJson(chip) : chipText(chip));
+    return Chosen;
 }
 
 } // namespace
@@ -269,7 +387,9 @@ int main(int argc, char* argv[])
     QCoreApplication::setApplicationName(QStringLiteral("devicepicker"));
     QCoreApplication::setApplicationVersion(QStringLiteral(DEVICEPICKER_VERSION));
 
-    const Options o;
+    Options o;
+    const QString systemLanguage = translatedLanguage(QLocale::system().uiLanguages());
+    o.lang.setDescription(o.lang.description().arg(systemLanguage.isEmpty() ? QStringLiteral("English") : systemLanguage));
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Asks for one chip of the device catalogue and prints it."));
     parser.addOptions(o.all());
@@ -286,37 +406,13 @@ int main(int argc, char* argv[])
     const QString wrong = conflict(parser, o);
     if (!wrong.isEmpty())
         return usageError(wrong);
-    if (parser.isSet(o.lang) && !installTranslations(app, parser.value(o.lang)))
+    const QString language = parser.isSet(o.lang) ? translatedLanguage({parser.value(o.lang)}) : systemLanguage;
+    if (parser.isSet(o.lang) && language.isEmpty())
         return usageError(QStringLiteral("no translation for language '%1'").arg(parser.value(o.lang)));
+    if (!language.isEmpty())
+        installTranslations(app, language);
     const Answer answer = autoAnswer();
     if (answer == Answer::Unknown)
         return usageError(QStringLiteral("DEVICEPICKER_AUTOANSWER must be accept or reject"));
-
-    QString error;
-    std::unique_ptr<DEV::DeviceDb> own;
-    DEV::DeviceDb* db = openDatabase(parser.value(o.data), &own, &error);
-    if (!db)
-        return usageError(error);
-    const QString preset = parser.value(o.preset);
-
-    if (parser.isSet(o.screenshot))
-        return screenshot(db, preset, parser.value(o.screenshot));
-
-    // A dialog nobody can see would wait for ever.
-    if (answer == Answer::Nobody && cannotShowWindows())
-        return usageError(QStringLiteral("no display to show the dialog on (try --screenshot FILE)"));
-    if (answer != Answer::Nobody)
-        answerWhenShown(answer);
-
-    // [host-example] The README shows this block verbatim.
-    // Modal: returns once the user has answered. The preset is a device
-    // identifier; an empty record means the user cancelled, or pressed OK
-    // with no row selected.
-    const DEV::ChipInfo chip = DEV::DeviceSelectorDialog::getSelectedChip(nullptr, db, preset);
-    if (chip.deviceId.isEmpty())
-        return NothingChosen;
-    // [host-example]
-
-    printOut(parser.isSet(o.json) ? chipJson(chip) : chipText(chip));
-    return Chosen;
+    return pick(parser, o, answer);
 }

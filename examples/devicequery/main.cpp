@@ -24,6 +24,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegExp>
 #include <QVector>
 
 #include <cstdio>
@@ -229,6 +230,18 @@ std::optional<DEV::ChipFilterBySearch> readSearch(const QCommandLineParser& pars
         }
         search.patternSyntax = *syntax;
     }
+    // The library would quietly find nothing with a broken pattern.
+    if (search.patternSyntax == 0 || search.patternSyntax == 1) {
+        const QRegExp pattern(search.pattern, Qt::CaseSensitive,
+                              search.patternSyntax == 0 ? QRegExp::WildcardUnix : QRegExp::RegExp);
+        if (!pattern.isValid()) {
+            *error = QStringLiteral("invalid %1 '%2': %3")
+                         .arg(search.patternSyntax == 0 ? QLatin1String("wild-card pattern")
+                                                        : QLatin1String("regular expression"),
+                              search.pattern, pattern.errorString());
+            return std::nullopt;
+        }
+    }
     return search;
 }
 
@@ -404,8 +417,8 @@ void print(const QList<DEV::ChipInfo>& chips, const Query& query)
             printOut(csvText(chips, query.header).toLocal8Bit());
         break;
     case Format::Json:
-        if (!chips.isEmpty())
-            printOut(jsonText(chips));
+        // An empty array rather than nothing, so that JSON readers get JSON.
+        printOut(chips.isEmpty() ? QByteArray("[]\n") : jsonText(chips));
         break;
     }
 }
