@@ -171,8 +171,9 @@ std::vector<KeyedRow<int>> numberKeys(const QList<ChipInfo>& chips, int column, 
 
 // The rows of @p keyed in sorted order, or nothing when they are in order
 // already. compareKeys() has the sign of the comparison of the two cell
-// texts, so the order is theirs; only the order among equal keys is up to
-// std::sort (see "Sorting" in docs/performance.md).
+// texts, so the order is theirs. The sort is stable: rows with equal keys
+// keep the order they had, so a click on a second header orders ties by
+// the first (see "Sorting" in docs/performance.md).
 template <typename Key>
 std::vector<int> sortedRows(std::vector<KeyedRow<Key>> keyed, Qt::SortOrder order)
 {
@@ -186,11 +187,11 @@ std::vector<int> sortedRows(std::vector<KeyedRow<Key>> keyed, Qt::SortOrder orde
     // Descending is the reversed comparison, not a reversed ascending result,
     // so equal keys are not forced into the opposite order.
     if (order == Qt::AscendingOrder) {
-        std::sort(keyed.begin(), keyed.end(), [](const KeyedRow<Key>& l, const KeyedRow<Key>& r) {
+        std::stable_sort(keyed.begin(), keyed.end(), [](const KeyedRow<Key>& l, const KeyedRow<Key>& r) {
             return compareKeys(l.key, r.key) < 0;
         });
     } else {
-        std::sort(keyed.begin(), keyed.end(), [](const KeyedRow<Key>& l, const KeyedRow<Key>& r) {
+        std::stable_sort(keyed.begin(), keyed.end(), [](const KeyedRow<Key>& l, const KeyedRow<Key>& r) {
             return compareKeys(l.key, r.key) > 0;
         });
     }

@@ -125,7 +125,9 @@ public:
      * "a"). Number columns compare QString::toInt() values; texts that are
      * not whole numbers count as 0. Kb columns compare the same way after
      * every "Kb" (case-sensitive) is removed, so "72Kb" is 72, while "64KB"
-     * and "2Mb" are 0. Rows with equal keys may come out in any order.
+     * and "2Mb" are 0. Rows with equal keys keep their order (the sort is
+     * stable, in both directions): after a rebuild, which shows part-number
+     * order, ties of any column come in part-number order.
      *
      * Any @p order other than Qt::AscendingOrder sorts descending. A column
      * outside 0 to 15 leaves the order alone. Either way the call is
