@@ -102,8 +102,12 @@ public:
     struct LoadReport
     {
         /// Whether the file could be read at all.
-        enum Status { Read, NotFound, Unreadable };
-        Status status = Read;
+        enum Status {
+            Read, ///< The file was read (it may still have held no chip).
+            NotFound, ///< There is no such file.
+            Unreadable ///< The file exists but could not be opened.
+        };
+        Status status = Read; ///< Whether the file could be read.
         int chips = 0; ///< Chips loaded.
         int skippedLines = 0; ///< Malformed lines left out.
         int firstSkippedLine = 0; ///< Line number (counted from 1) of the first of them; 0 when none was.
