@@ -141,10 +141,12 @@ columns; an empty resource shows as 0), or one of --csv, --json, --count.
 --csv prints the data file's columns in its order, the resources as written;
 with --header its first line names the columns, which makes it unfit to be
 read back as a data file. Chips come in database order, newest device version
-first.
+first. Malformed lines of the data file are summed up on standard error in
+one line, "N lines skipped; first at line K".
 
-Exit status: 0 chips printed, 1 nothing matched (--count still prints 0),
-2 bad usage or unreadable data file.
+Exit status: 0 chips printed, 1 nothing matched (--count still prints 0,
+--json prints []), 2 bad usage (also an option where a value belongs, or an
+invalid pattern) or unreadable data file.
 )";
 
 using namespace ExampleCommandLine;
