@@ -319,7 +319,7 @@ private Q_SLOTS:
         QVERIFY(selector);
         auto* table = selector->findChild<QTableView*>();
         L tips;
-        for (int width : {210, 20}) {
+        for (int width : {210, table->fontMetrics().horizontalAdvance("PN-10") + 2}) { // fits; wraps and is cut
             table->horizontalHeader()->resizeSection(0, width);
             const QPoint at = table->visualRect(table->model()->index(0, 0)).center();
             QHelpEvent help(QEvent::ToolTip, at, table->viewport()->mapToGlobal(at));

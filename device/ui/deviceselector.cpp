@@ -95,7 +95,10 @@ public:
     bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                    const QModelIndex& index) override
     {
-        if (event->type() == QEvent::ToolTip && index.isValid() && sizeHint(option, index).width() > option.rect.width()) {
+        // The view wraps a long text at a hyphen and cuts the second line;
+        // styles differ in whether the size hint shows that as width or height.
+        const QSize needed = event->type() == QEvent::ToolTip && index.isValid() ? sizeHint(option, index) : QSize();
+        if (needed.width() > option.rect.width() || needed.height() > option.rect.height()) {
             QToolTip::showText(event->globalPos(), index.data().toString(), view->viewport(), option.rect);
             return true;
         }
