@@ -162,6 +162,7 @@ private Q_SLOTS:
         QTest::newRow("random lines across the halves") << QByteArray("UTF-8") << mixed;
         QTest::newRow("real-shaped catalogue") << QByteArray("UTF-8") << TestHelpers::generatedCatalogue("real", 17500);
         QTest::newRow("every value distinct") << QByteArray("UTF-8") << TestHelpers::generatedCatalogue("distinct", 15000);
+        QTest::newRow("the first bad line in the second half") << QByteArray("UTF-8") << large.left(large.indexOf("xxx")) + "\nbad\n";
     }
     void agreesWithReferenceLoader()
     {
@@ -173,11 +174,14 @@ private Q_SLOTS:
         for (int i = 0; i < (bytes.isEmpty() ? 1500 : 1) && !QTest::currentTestFailed(); ++i) {
             const QString path = m_files.write(bytes.isEmpty() ? randomFile(rng) : bytes);
             MessageCapture referenceMessages;
-            const QList<ChipInfo> expected = Reference::loadDataFile(path);
+            int firstMalformed = 0;
+            const QList<ChipInfo> expected = Reference::loadDataFile(path, &firstMalformed);
             const L expectedMessages = referenceMessages.criticals();
             MessageCapture capture;
             const DeviceDb db(path);
             QCOMPARE(capture.criticals(), expectedMessages);
+            QCOMPARE(db.loadReport().skippedLines, expectedMessages.size());
+            QCOMPARE(db.loadReport().firstSkippedLine, firstMalformed);
             QCOMPARE(canonical(db.allChipInfo()), canonical(expected));
         }
         QTextCodec::setCodecForLocale(saved);

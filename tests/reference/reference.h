@@ -20,7 +20,7 @@
 
 namespace Reference {
 
-inline QList<DEV::ChipInfo> loadDataFile(const QString& fileName)
+inline QList<DEV::ChipInfo> loadDataFile(const QString& fileName, int* firstMalformedLine = nullptr)
 {
     QList<DEV::ChipInfo> chips;
     QFile file(fileName);
@@ -29,12 +29,14 @@ inline QList<DEV::ChipInfo> loadDataFile(const QString& fileName)
         return chips;
     }
     QTextStream in(&file);
-    while (!in.atEnd()) {
+    for (int number = 1; !in.atEnd(); ++number) {
         const QString line = in.readLine();
         const QStringList parts = line.split(QLatin1Char(','), Qt::KeepEmptyParts, Qt::CaseSensitive);
         if (line.isEmpty() || parts.size() <= 7) {
             if (!line.isEmpty())
                 qCritical() << "incorrect device info entry" << line;
+            if (!line.isEmpty() && firstMalformedLine && *firstMalformedLine == 0)
+                *firstMalformedLine = number;
             continue;
         }
         DEV::ChipInfo info;
