@@ -21,10 +21,10 @@
 #include <QCommandLineOption>
 #include <QCommandLineParser>
 #include <QDialogButtonBox>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QFile>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QMessageBox>
