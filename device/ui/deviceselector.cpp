@@ -591,11 +591,11 @@ void DeviceSelector::setUpKeyboard()
     // Tab leaves the table instead of walking its cells.
     table->setTabKeyNavigation(false);
     auto* options = searchEdit->findChild<QPushButton*>();
+    // The order of the screen, row by row, whatever order the form made them in.
+    QWidget* const order[] = {ui->cbSeries, ui->cbDevice, ui->cbDeviceVersion, ui->cbPackage,
+                              ui->cbCondition, searchEdit, options, table};
     QWidget* previous = nullptr;
-    for (QWidget* next : {static_cast<QWidget*>(ui->cbSeries), static_cast<QWidget*>(ui->cbDevice),
-                          static_cast<QWidget*>(ui->cbDeviceVersion), static_cast<QWidget*>(ui->cbPackage),
-                          static_cast<QWidget*>(ui->cbCondition), static_cast<QWidget*>(searchEdit),
-                          static_cast<QWidget*>(options), static_cast<QWidget*>(table)}) {
+    for (QWidget* next : order) {
         if (previous && next)
             setTabOrder(previous, next);
         previous = next ? next : previous;
