@@ -591,7 +591,8 @@ void DeviceSelector::setUpKeyboard()
     // Tab leaves the table instead of walking its cells.
     table->setTabKeyNavigation(false);
     auto* options = searchEdit->findChild<QPushButton*>();
-    // The order of the screen, row by row, whatever order the form made them in.
+    // The order of the screen, whatever order the form made them in: the left
+    // column of boxes, the right one, the search row, the table.
     QWidget* const order[] = {ui->cbSeries, ui->cbDevice, ui->cbDeviceVersion, ui->cbPackage,
                               ui->cbCondition, searchEdit, options, table};
     QWidget* previous = nullptr;
