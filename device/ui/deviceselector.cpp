@@ -203,25 +203,31 @@ constexpr quint32 SelectorStateMagic = 0x44455331;
 
 } // namespace
 
-struct DeviceSelector::Private
-{
-    /// The last chip reported; empty after the choice was voided.
-    ChipInfo chosen;
-    /// Set while the selection a sort dropped is put back: the choice is unchanged, so nobody is told.
-    bool reselecting = false;
-};
-
 /*
  * The chips that pass the combo boxes, already in the table's default order
  * (part number ascending). Every rebuild shows them sorted that way and
  * every keystroke searches them again; kept sorted, the search result comes
  * out in order and the table's sort finds nothing to move.
  */
-struct DeviceSelector::SortedBase
+namespace {
+
+struct SortedBase
 {
     ChipFilter filter;
     QList<ChipInfo> chips;
     bool valid = false;
+};
+
+} // namespace
+
+struct DeviceSelector::Private
+{
+    /// The combo boxes' last result in part-number order, kept for the search.
+    SortedBase sortedBase;
+    /// The last chip reported; empty after the choice was voided.
+    ChipInfo chosen;
+    /// Set while the selection a sort dropped is put back: the choice is unchanged, so nobody is told.
+    bool reselecting = false;
 };
 
 namespace {
@@ -243,7 +249,6 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     , model(nullptr)
     , currentDeviceIndex()
     , searchEdit(nullptr)
-    , sortedBase(new SortedBase)
     , d(new Private)
 {
     ui->setupUi(this);
@@ -452,12 +457,12 @@ void DeviceSelector::filterBySearch()
 const QList<ChipInfo>& DeviceSelector::chipsOfBoxes()
 {
     const ChipFilter filter = filterFromBoxes(*ui);
-    if (!sortedBase->valid || !sameFilter(sortedBase->filter, filter)) {
-        sortedBase->chips = sortedByPartNumber(db->filterChips(filter));
-        sortedBase->filter = filter;
-        sortedBase->valid = true;
+    if (!d->sortedBase.valid || !sameFilter(d->sortedBase.filter, filter)) {
+        d->sortedBase.chips = sortedByPartNumber(db->filterChips(filter));
+        d->sortedBase.filter = filter;
+        d->sortedBase.valid = true;
     }
-    return sortedBase->chips;
+    return d->sortedBase.chips;
 }
 
 void DeviceSelector::onIndexSelected()

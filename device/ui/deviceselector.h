@@ -116,14 +116,12 @@ private:
     QModelIndex currentDeviceIndex;
     SearchLineEdit* searchEdit;
 
-    struct SortedBase;
-    /// The combo boxes' last result in part-number order, kept for the search.
-    std::unique_ptr<SortedBase> sortedBase;
-
-    const QList<ChipInfo>& chipsOfBoxes();
-
+    // The rest of the state, behind one pointer so that the class keeps its
+    // size as the widget learns more.
     struct Private;
     std::unique_ptr<Private> d;
+
+    const QList<ChipInfo>& chipsOfBoxes();
 
     void setUpUsability();
     void setUpKeyboard();
