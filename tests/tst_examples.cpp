@@ -2,6 +2,8 @@
 // The example programs as processes, the way scripts run them (devicepicker's dialog answered by its
 // DEVICEPICKER_AUTOANSWER test aid), and the shipped German translation.
 
+#include "chiprequirements.h"
+#include "deviceselector.h"
 #include "deviceselectordialog.h"
 #include "searchlineedit.h"
 #include "testhelpers.h"
@@ -10,6 +12,16 @@
 
 using TestHelpers::runProgram;
 using L = QStringList;
+
+// The selector's minimum field for resource @p column.
+static QLineEdit* field(const QWidget& selector, const QString& column)
+{
+    for (auto* edit : selector.findChildren<QLineEdit*>()) {
+        if (edit->accessibleName() == "Minimum " + column)
+            return edit;
+    }
+    qFatal("no minimum field for %s", qPrintable(column));
+}
 
 class TestExamples : public QObject
 {
@@ -92,6 +104,8 @@ private Q_SLOTS:
         QTest::newRow("unreadable data file") << "devicequery" << L{"--data", "/nonexistent/x.csv"}
                                               << "devicequery: cannot read data file: /nonexistent/x.csv\n";
         QTest::newRow("unknown language") << "devicepicker" << L{"--lang", "xx"} << "devicepicker: no translation for language 'xx'\n";
+        QTest::newRow("picker, bad minimum") << "devicepicker" << L{"--min", "LUT=2k"}
+                                             << "devicepicker: LUT: '2k' is not a whole number\n";
         QTest::newRow("nobody to answer") << "devicepicker" << L()
                                           << "devicepicker: no display to show the dialog on (try --screenshot FILE)\n";
         QTest::newRow("--version") << "devicequery" << L{"--version"} << "devicequery " DEVICE_VERSION "\n";
@@ -122,6 +136,69 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(r.out), error ? QString() : expected);
         const bool nothing = expected.isEmpty() || expected == QLatin1String("0\n") || expected == QLatin1String("[]\n");
         QCOMPARE(r.status, run.section('|', 2, 2).isEmpty() ? (error ? 2 : nothing ? 1 : 0) : run.section('|', 2, 2).toInt());
+    }
+
+    // Resource minimums through the three ways in: the library, the selector's row typed into by key, devicequery
+    // --min. The same chips, neither none nor all of them; hiding the row brings every chip back.
+    void requirementsThreeWays_data()
+    {
+        QTest::addColumn<QByteArray>("catalogue");
+        QTest::addColumn<L>("assignments");
+        QTest::newRow("bundled, LUT and BSRAM") << QByteArray() << L{"LUT=20000", "BSRAM=500Kb"};
+        QTest::newRow("bundled, User Flash and IO") << QByteArray() << L{"User Flash=256Kb", "IO=40"};
+        QTest::newRow("real-shaped, three minimums") << TestHelpers::generatedCatalogue("real", 3000)
+                                                     << L{"IO=100", "DSP=20", "SSRAM=2Mb"};
+    }
+    void requirementsThreeWays()
+    {
+        QFETCH(QByteArray, catalogue);
+        QFETCH(L, assignments);
+        const QString path = catalogue.isEmpty() ? DEVICE_SOURCE_DIR "/data/device/device_info.csv" : m_files.write(catalogue);
+        DEV::DeviceDb db(path);
+        DEV::ChipRequirements needs;
+        L arguments{"--data", path, "--csv"};
+        for (const QString& assignment : assignments) {
+            QVERIFY(needs.set(assignment).isEmpty());
+            arguments << "--min" << assignment;
+        }
+        L library;
+        for (const DEV::ChipInfo& chip : DEV::filterChips(db.allChipInfo(), needs))
+            library << chip.partNumber;
+        L command;
+        for (const QString& line : QString(runProgram(DEVICEQUERY_PATH, arguments).out).split('\n', Qt::SkipEmptyParts))
+            command << line.section(',', 1, 1);
+        DEV::DeviceSelector selector(&db);
+        selector.setRequirementsVisible(true);
+        for (const QString& assignment : assignments)
+            QTest::keyClicks(field(selector, assignment.section('=', 0, 0)), assignment.section('=', 1));
+        const auto shown = [&selector] {
+            L parts;
+            const QAbstractItemModel* model = selector.findChild<QTableView*>()->model();
+            for (int row = 0; row < model->rowCount(); ++row)
+                parts << model->index(row, 0).data().toString();
+            return parts;
+        };
+        library.sort();
+        command.sort();
+        L inSelector = shown();
+        inSelector.sort();
+        QCOMPARE(inSelector, library);
+        QCOMPARE(command, library);
+        QVERIFY(!library.isEmpty() && library.size() < db.allChipInfo().size());
+        QCOMPARE(selector.requirements().toStrings(), needs.toStrings());
+        QSet<QString> series{"Any"}; // the series box lists the series of the fitting chips only
+        for (const DEV::ChipInfo& chip : DEV::filterChips(db.allChipInfo(), needs))
+            series << chip.series;
+        auto* seriesBox = selector.findChild<QComboBox*>("cbSeries");
+        QCOMPARE(seriesBox->count(), series.size());
+        for (int i = 0; i < seriesBox->count(); ++i)
+            QVERIFY(series.contains(seriesBox->itemText(i)));
+        // A field that does not read as a minimum is marked and ignored.
+        QTest::keyClicks(field(selector, "PLL"), "x");
+        QCOMPARE(field(selector, "PLL")->toolTip().section('\n', 0, 0), "PLL: 'x' is not a whole number");
+        QCOMPARE(selector.requirements().toStrings(), needs.toStrings());
+        selector.setRequirementsVisible(false);
+        QCOMPARE(shown().size(), db.allChipInfo().size());
     }
 
     // Each planted fault is reported on its line, in line order; the bundled catalogue (no file given) is clean.
@@ -195,7 +272,7 @@ private Q_SLOTS:
     {
         const QString shipped = DEVICE_SOURCE_DIR "/translations/device_de.ts", fresh = m_files.path("de.ts");
         QVERIFY(QFile::copy(shipped, fresh) && QFile::setPermissions(fresh, QFile::ReadOwner | QFile::WriteOwner));
-        const L arguments{DEVICE_SOURCE_DIR "/device/ui", "-no-obsolete", "-locations", "none", "-ts", fresh};
+        const L arguments{DEVICE_SOURCE_DIR "/device/filter", DEVICE_SOURCE_DIR "/device/ui", "-no-obsolete", "-locations", "none", "-ts", fresh};
         QCOMPARE(runProgram(QStringLiteral(DEVICE_LUPDATE), arguments).status, 0);
         QFile before(shipped), after(fresh);
         QVERIFY(before.open(QIODevice::ReadOnly) && after.open(QIODevice::ReadOnly));

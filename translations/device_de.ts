@@ -2,6 +2,25 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>DEV::ChipRequirements</name>
+    <message>
+        <source>&apos;%1&apos; is not a resource column (IO, LUT, FF, ROM16, SSRAM, BSRAM, User Flash, DSP, PLL)</source>
+        <translation>&apos;%1&apos; ist keine Ressourcenspalte (IO, LUT, FF, ROM16, SSRAM, BSRAM, User Flash, DSP, PLL)</translation>
+    </message>
+    <message>
+        <source>%1: &apos;%2&apos; is not a size such as 500Kb or 1Mb</source>
+        <translation>%1: &apos;%2&apos; ist keine Größe wie 500Kb oder 1Mb</translation>
+    </message>
+    <message>
+        <source>%1: &apos;%2&apos; is not a whole number</source>
+        <translation>%1: &apos;%2&apos; ist keine ganze Zahl</translation>
+    </message>
+    <message>
+        <source>&apos;%1&apos; is not COLUMN=VALUE</source>
+        <translation>&apos;%1&apos; hat nicht die Form SPALTE=WERT</translation>
+    </message>
+</context>
+<context>
     <name>DEV::DeviceSelector</name>
     <message>
         <source>Form</source>
@@ -125,6 +144,25 @@
     <message>
         <source>Select Device</source>
         <translation>Baustein auswählen</translation>
+    </message>
+</context>
+<context>
+    <name>DEV::pimpl::RequirementsRow</name>
+    <message>
+        <source>At least:</source>
+        <translation>Mindestens:</translation>
+    </message>
+    <message>
+        <source>Minimum %1</source>
+        <translation>Mindestens %1</translation>
+    </message>
+    <message>
+        <source>Only chips with at least this much %1, in Kb or Mb (1Mb = 1024Kb); empty for any</source>
+        <translation>Nur Bausteine mit mindestens so viel %1, in Kb oder Mb (1Mb = 1024Kb); leer für beliebig</translation>
+    </message>
+    <message>
+        <source>Only chips with at least this many %1; empty for any</source>
+        <translation>Nur Bausteine mit mindestens so vielen %1; leer für beliebig</translation>
     </message>
 </context>
 </TS>

@@ -66,6 +66,14 @@ qint64 parseAmount(QStringView text, bool memory)
     return value * scale;
 }
 
+// What set() says when it cannot read a requirement, translated in the
+// context "DEV::ChipRequirements".
+const char* const NotAColumn = QT_TRANSLATE_NOOP(
+    "DEV::ChipRequirements", "'%1' is not a resource column (IO, LUT, FF, ROM16, SSRAM, BSRAM, User Flash, DSP, PLL)");
+const char* const NotASize = QT_TRANSLATE_NOOP("DEV::ChipRequirements", "%1: '%2' is not a size such as 500Kb or 1Mb");
+const char* const NotANumber = QT_TRANSLATE_NOOP("DEV::ChipRequirements", "%1: '%2' is not a whole number");
+const char* const NotAnAssignment = QT_TRANSLATE_NOOP("DEV::ChipRequirements", "'%1' is not COLUMN=VALUE");
+
 QString message(const char* text)
 {
     return QCoreApplication::translate("DEV::ChipRequirements", text);
@@ -87,15 +95,12 @@ QString ChipRequirements::set(const QString& column, const QString& value)
 {
     const int c = resourceColumnNamed(column);
     if (c < 0)
-        return message("'%1' is not a resource column (IO, LUT, FF, ROM16, SSRAM, BSRAM, User Flash, DSP, PLL)")
-            .arg(column);
+        return message(NotAColumn).arg(column);
     qint64 amount = Unset;
     if (!value.trimmed().isEmpty()) {
         amount = parseAmount(value, isMemory(c));
         if (amount < 0) {
-            return (isMemory(c) ? message("%1: '%2' is not a size such as 500Kb or 1Mb")
-                                : message("%1: '%2' is not a whole number"))
-                .arg(chipColumnHeader(c), value);
+            return message(isMemory(c) ? NotASize : NotANumber).arg(chipColumnHeader(c), value);
         }
     }
     minimum[size_t(c - FirstResourceColumn)] = amount;
@@ -106,7 +111,7 @@ QString ChipRequirements::set(const QString& assignment)
 {
     const int equals = assignment.indexOf(QLatin1Char('='));
     if (equals < 0)
-        return message("'%1' is not COLUMN=VALUE").arg(assignment);
+        return message(NotAnAssignment).arg(assignment);
     return set(assignment.left(equals).trimmed(), assignment.mid(equals + 1));
 }
 

@@ -3,7 +3,9 @@
 
 #include "chipfilter.h"
 #include "chipinfotablemodel.h"
+#include "chiprequirements.h"
 #include "devicedb.h"
+#include "requirementsrow_p.h"
 #include "searchlineedit.h"
 #include "ui_deviceselector.h"
 
@@ -228,6 +230,10 @@ struct DeviceSelector::Private
     ChipInfo chosen;
     /// Set while the selection a sort dropped is put back: the choice is unchanged, so nobody is told.
     bool reselecting = false;
+    /// The row of resource minimums, hidden unless the host shows it.
+    pimpl::RequirementsRow* requirementsRow = nullptr;
+    /// The minimums the table and the boxes apply now.
+    ChipRequirements applied;
 };
 
 namespace {
@@ -281,7 +287,7 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
 
     // Filled before its signal is connected, so filling it triggers nothing.
     DistinctValues series;
-    const QList<ChipInfo> chips = db->allChipInfo();
+    const QList<ChipInfo> chips = chipsOfCascade();
     for (const ChipInfo& chip : chips)
         series.add(chip.series);
     ui->cbSeries->insertItems(ui->cbSeries->count(), series.ascending());
@@ -313,7 +319,7 @@ void DeviceSelector::onSeriesChanged()
     DistinctValues packages;
     DistinctValues speeds;
     DistinctValues versions;
-    const QList<ChipInfo> chips = db->allChipInfo();
+    const QList<ChipInfo> chips = chipsOfCascade();
     for (const ChipInfo& chip : chips) {
         if (chip.series != series && !anySeries)
             continue;
@@ -356,7 +362,7 @@ void DeviceSelector::onDeviceChanged()
     const bool anyDevice = ui->cbDevice->currentIndex() == 0;
     const QString device = ui->cbDevice->currentText();
     DistinctValues versions;
-    const QList<ChipInfo> chips = db->allChipInfo();
+    const QList<ChipInfo> chips = chipsOfCascade();
     for (const ChipInfo& chip : chips) {
         if (chip.series != series)
             continue;
@@ -458,7 +464,7 @@ const QList<ChipInfo>& DeviceSelector::chipsOfBoxes()
 {
     const ChipFilter filter = filterFromBoxes(*ui);
     if (!d->sortedBase.valid || !sameFilter(d->sortedBase.filter, filter)) {
-        d->sortedBase.chips = sortedByPartNumber(db->filterChips(filter));
+        d->sortedBase.chips = sortedByPartNumber(DEV::filterChips(db->filterChips(filter), d->applied));
         d->sortedBase.filter = filter;
         d->sortedBase.valid = true;
     }
@@ -588,6 +594,7 @@ void DeviceSelector::setUpUsability()
     connect(table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this, [this] { reselectAfterSort(); });
     setUpKeyboard();
     setUpAccessibility();
+    setUpRequirements();
 }
 
 void DeviceSelector::setUpKeyboard()
@@ -691,6 +698,77 @@ bool DeviceSelector::restoreState(const QByteArray& state)
     model->sort(header->sortIndicatorSection(), header->sortIndicatorOrder());
     reselectAfterSort();
     return true;
+}
+
+QList<ChipInfo> DeviceSelector::chipsOfCascade() const
+{
+    return DEV::filterChips(db->allChipInfo(), d->applied);
+}
+
+void DeviceSelector::setUpRequirements()
+{
+    d->requirementsRow = new pimpl::RequirementsRow(this);
+    d->requirementsRow->hide();
+    ui->verticalLayout->insertWidget(1, d->requirementsRow);
+    connect(d->requirementsRow, &pimpl::RequirementsRow::changed, this, [this] { applyRequirements(); });
+    // On screen the row lies between the search row and the table.
+    QWidget* previous = searchEdit->findChild<QPushButton*>();
+    for (QWidget* field : d->requirementsRow->fields()) {
+        setTabOrder(previous ? previous : searchEdit, field);
+        previous = field;
+    }
+    setTabOrder(previous, ui->tableView);
+}
+
+void DeviceSelector::setRequirementsVisible(bool visible)
+{
+    d->requirementsRow->setVisible(visible);
+    applyRequirements();
+}
+
+bool DeviceSelector::requirementsVisible() const
+{
+    return !d->requirementsRow->isHidden();
+}
+
+void DeviceSelector::setRequirements(const ChipRequirements& requirements)
+{
+    d->requirementsRow->setRequirements(requirements);
+    applyRequirements();
+}
+
+ChipRequirements DeviceSelector::requirements() const
+{
+    return d->applied;
+}
+
+void DeviceSelector::applyRequirements()
+{
+    const ChipRequirements wanted = requirementsVisible() ? d->requirementsRow->requirements() : ChipRequirements();
+    if (wanted.minimum == d->applied.minimum)
+        return;
+    d->applied = wanted;
+    d->sortedBase.valid = false;
+
+    // The boxes list what the minimums leave. Each keeps its choice while
+    // that is still listed and else falls back to "Any", so that clearing
+    // the minimums brings back the view from before.
+    QComboBox* const boxes[] = {ui->cbSeries, ui->cbDevice, ui->cbDeviceVersion, ui->cbPackage, ui->cbCondition};
+    QStringList chosen;
+    for (QComboBox* box : boxes)
+        chosen << box->currentText();
+    DistinctValues series;
+    for (const ChipInfo& chip : chipsOfCascade())
+        series.add(chip.series);
+    {
+        const QSignalBlocker quiet(ui->cbSeries);
+        ui->cbSeries->clear();
+        ui->cbSeries->insertItems(0, series.ascending());
+        ui->cbSeries->setCurrentIndex(std::max(0, ui->cbSeries->findText(chosen.at(0))));
+    }
+    onSeriesChanged();
+    for (int i = 1; i < 5; ++i)
+        boxes[i]->setCurrentIndex(std::max(0, boxes[i]->findText(chosen.at(i))));
 }
 
 } // namespace DEV

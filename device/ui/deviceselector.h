@@ -13,6 +13,7 @@
 namespace DEV {
 
 class ChipInfoTableModel;
+struct ChipRequirements;
 class DeviceDb;
 class SearchLineEdit;
 class Ui_DeviceSelector;
@@ -80,6 +81,28 @@ public:
     void setCurrentDevice(const ChipInfo& chip);
 
     /**
+     * Shows or hides the row of resource minimums ("at least 20000 LUT,
+     * 500Kb BSRAM") between the combo boxes and the table. It is hidden by
+     * default, and while it is hidden the widget works as if it did not
+     * exist. While it is shown, the table, the match count and the lists of
+     * the combo boxes hold only chips that meet the minimums typed into it;
+     * a field that does not hold a valid count is marked and ignored.
+     */
+    void setRequirementsVisible(bool visible);
+
+    /// Whether the row of resource minimums is shown.
+    bool requirementsVisible() const;
+
+    /**
+     * Fills the row of resource minimums with @p requirements; they apply
+     * while the row is shown.
+     */
+    void setRequirements(const ChipRequirements& requirements);
+
+    /// The minimums that apply: those of the row when it is shown, else none.
+    ChipRequirements requirements() const;
+
+    /**
      * The table's column widths and sort order, for a host to keep between
      * sessions (the library itself writes no files). See restoreState().
      */
@@ -122,6 +145,9 @@ private:
     std::unique_ptr<Private> d;
 
     const QList<ChipInfo>& chipsOfBoxes();
+    QList<ChipInfo> chipsOfCascade() const;
+    void setUpRequirements();
+    void applyRequirements();
 
     void setUpUsability();
     void setUpKeyboard();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "deviceselectordialog.h"
 
+#include "chiprequirements.h"
 #include "deviceselector.h"
 
 #include <QDataStream>
@@ -77,6 +78,12 @@ void DeviceSelectorDialog::setCurrentDevice(const QString& device)
 void DeviceSelectorDialog::setCurrentDevice(const ChipInfo& chip)
 {
     selector->setCurrentDevice(chip);
+}
+
+void DeviceSelectorDialog::setRequirements(const ChipRequirements& requirements)
+{
+    selector->setRequirements(requirements);
+    selector->setRequirementsVisible(!requirements.isEmpty());
 }
 
 QByteArray DeviceSelectorDialog::saveState() const

@@ -12,6 +12,7 @@ class QDialogButtonBox;
 namespace DEV {
 
 class DeviceDb;
+struct ChipRequirements;
 class DeviceSelector;
 
 /**
@@ -61,6 +62,13 @@ public:
 
     /// Shows and selects exactly @p chip; see DeviceSelector::setCurrentDevice(const ChipInfo&).
     void setCurrentDevice(const ChipInfo& chip);
+
+    /**
+     * Shows the selector's row of resource minimums filled with
+     * @p requirements, or hides it for a default-constructed record; see
+     * DeviceSelector::setRequirementsVisible().
+     */
+    void setRequirements(const ChipRequirements& requirements);
 
     /**
      * The dialog's geometry with the selector's column widths and sort, for

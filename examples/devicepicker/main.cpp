@@ -15,6 +15,7 @@
 
 #include <chipinfo.h>
 #include <devicedb.h>
+#include <chiprequirements.h>
 #include <deviceselectordialog.h>
 
 #include <QApplication>
@@ -65,7 +66,14 @@ struct Options
                                                  "chip, to the PNG image FILE and exit."),
                                   QStringLiteral("FILE")};
 
-    QList<QCommandLineOption> all() const { return {help, version, data, preset, partNumber, json, lang, screenshot}; }
+    QCommandLineOption min{QStringLiteral("min"),
+                           QStringLiteral("Show the row of resource minimums with at least VALUE of resource "
+                                          "COLUMN filled in, e.g. LUT=20000 or BSRAM=500Kb; repeatable."),
+                           QStringLiteral("COLUMN=VALUE")};
+
+    /// The options that may be given once only.
+    QList<QCommandLineOption> once() const { return {help, version, data, preset, partNumber, json, lang, screenshot}; }
+    QList<QCommandLineOption> all() const { return once() << min; }
 };
 
 const char* const kEpilog = R"(
@@ -234,13 +242,22 @@ QByteArray chipJson(const DEV::ChipInfo& chip)
     return QJsonDocument(ExampleCommandLine::chipToJson(chip)).toJson(QJsonDocument::Indented);
 }
 
-int screenshot(DEV::DeviceDb* db, const QString& preset, const DEV::ChipInfo& exact, const QString& path)
+/// The dialog on the preset chip, with the row of resource minimums when any is given.
+void prepare(DEV::DeviceSelectorDialog& dialog, const QString& preset, const DEV::ChipInfo& exact,
+             const DEV::ChipRequirements& requirements)
 {
-    DEV::DeviceSelectorDialog dialog(db);
+    dialog.setRequirements(requirements);
     if (exact.partNumber.isEmpty())
         dialog.setCurrentDevice(preset);
     else
         dialog.setCurrentDevice(exact);
+}
+
+int screenshot(DEV::DeviceDb* db, const QString& preset, const DEV::ChipInfo& exact,
+               const DEV::ChipRequirements& requirements, const QString& path)
+{
+    DEV::DeviceSelectorDialog dialog(db);
+    prepare(dialog, preset, exact, requirements);
     dialog.resize(dialog.sizeHint());
     dialog.show();
     // The selector scrolls to the preset chip from a zero-delay timer, and the
@@ -299,7 +316,7 @@ void installTranslations(QApplication& app, const QString& language)
 /// What is wrong with the options taken together, or an empty string.
 QString conflict(const QCommandLineParser& parser, const Options& o)
 {
-    const QString common = misuse(parser, o.all());
+    const QString common = misuse(parser, o.once());
     if (!common.isEmpty())
         return common;
     if (parser.isSet(o.data) && parser.value(o.data).isEmpty())
@@ -340,6 +357,19 @@ int failure(const QString& message, bool person)
     return usageError(message);
 }
 
+/// The dialog of the host example, with the row of resource minimums filled in.
+int pickWithRequirements(const QCommandLineParser& parser, const Options& o, DEV::DeviceDb* db, const QString& preset,
+                         const DEV::ChipInfo& exact, const DEV::ChipRequirements& requirements)
+{
+    DEV::DeviceSelectorDialog dialog(db);
+    prepare(dialog, preset, exact, requirements);
+    const DEV::ChipInfo chip = dialog.exec() == QDialog::Accepted ? dialog.selectedDevice() : DEV::ChipInfo();
+    if (chip.deviceId.isEmpty())
+        return NothingChosen;
+    printOut(parser.isSet(o.json) ? chipJson(chip) : chipText(chip));
+    return Chosen;
+}
+
 /// Everything after the command line was read: the catalogue, the preset, the dialog or its picture.
 int pick(const QCommandLineParser& parser, const Options& o, Answer answer)
 {
@@ -352,15 +382,24 @@ int pick(const QCommandLineParser& parser, const Options& o, Answer answer)
         return failure(error, person);
     const QString preset = parser.value(o.preset);
     const DEV::ChipInfo exact = exactPreset(db, preset, parser.value(o.partNumber));
+    DEV::ChipRequirements requirements;
+    for (const QString& assignment : parser.values(o.min)) {
+        const QString problem = requirements.set(assignment);
+        if (!problem.isEmpty())
+            return usageError(problem);
+    }
 
     if (parser.isSet(o.screenshot))
-        return screenshot(db, preset, exact, parser.value(o.screenshot));
+        return screenshot(db, preset, exact, requirements, parser.value(o.screenshot));
 
     // A dialog nobody can see would wait for ever.
     if (answer == Answer::Nobody && cannotShowWindows())
         return usageError(QStringLiteral("no display to show the dialog on (try --screenshot FILE)"));
     if (answer != Answer::Nobody)
         answerWhenShown(answer);
+
+    if (!requirements.isEmpty())
+        return pickWithRequirements(parser, o, db, preset, exact, requirements);
 
     // [host-example] The README shows this block verbatim.
     // Modal: returns once the user has answered. The preset is the project's
