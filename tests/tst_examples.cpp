@@ -169,6 +169,7 @@ private Q_SLOTS:
             command << line.section(',', 1, 1);
         DEV::DeviceSelector selector(&db);
         selector.setRequirementsVisible(true);
+        QCOMPARE(selector.findChildren<QLineEdit*>().size(), 1 + 9); // the search field and one per resource
         for (const QString& assignment : assignments)
             QTest::keyClicks(field(selector, assignment.section('=', 0, 0)), assignment.section('=', 1));
         const auto shown = [&selector] {
