@@ -88,8 +88,8 @@ private Q_SLOTS:
         QFETCH(L, criteria);
         QFETCH(QString, expected);
         ChipFilter filter;
-        for (const QString& c : criteria)
-            filter.*(Criteria[c.section('=', 0, 0).toInt()].first) = c.section('=', 1);
+        for (const QString& c : criteria) // "4=" sets an empty, not a null value (Qt 6's section() gives null)
+            filter.*(Criteria[c.section('=', 0, 0).toInt()].first) = c.section('=', 1) + QLatin1String("");
         const QList<ChipInfo> chips = m_db->filterChips(filter);
         QCOMPARE(TestHelpers::ids(chips).join(' '), expected);
         const QList<DEV::DeviceArg> devices = m_db->filterDevice(filter);

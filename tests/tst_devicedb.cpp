@@ -7,6 +7,8 @@
 #include "reference/reference.h"
 #include "testhelpers.h"
 
+#include <QTextCodec>
+
 #include <functional>
 #include <thread>
 
@@ -69,7 +71,7 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        // Files without a byte-order mark are decoded with the locale's codec.
+        // Files without a byte-order mark are decoded with the locale's codec on Qt 5, as UTF-8 on Qt 6.
         QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
         // Versions H to "" run down the database; equal versions would have no order.
         const QString path = m_files.write("id-shared-1,PN-SHARED,S1,K1,D,A,P,V\nzr9k31a-015,PN-15,S1,MK,D,C,P,V\n"
@@ -78,7 +80,11 @@ private Q_SLOTS:
                                            "dup,PN-DUP-1,S1,MK,D,G,P,V\ndup,PN-DUP-2,S1,MK,D,F,P,V\n,PN-NO-ID,S1,,D,H,P,V\n");
         // The first databases of the process, built on several threads at once, register the selector's signal type.
         runTogether([&](int) { const DeviceDb db(path); });
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+        QVERIFY(QMetaType::fromName("DEV::DeviceArg").isValid());
+#else
         QVERIFY(QMetaType::type("DEV::DeviceArg") != QMetaType::UnknownType);
+#endif
         m_db = std::make_unique<DeviceDb>(path);
     }
 
@@ -91,6 +97,8 @@ private Q_SLOTS:
         QVERIFY(a == b && !(a != b));
         b.deviceId = QStringLiteral("a-1");
         QVERIFY(a != b && !(a == b));
+        const QList<DeviceArg> chosen{b}; // comparing const values, as containers do
+        QVERIFY(chosen.contains(DeviceArg(b)) && !chosen.contains(a) && chosen.constFirst() != a);
         const ChipInfo chip = m_files.load("m0,m1,m2,m3,m4,m5,m6,m7,m8,m9,r1,r2")->allChipInfo().value(0);
         a.resources << QStringLiteral("3");
         QCOMPARE(&(a = DeviceArg(chip)), &a);
@@ -136,7 +144,9 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("localeCodec");
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("random files, UTF-8 locale") << QByteArray("UTF-8") << QByteArray();
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) // Qt 6 decodes without the locale
         QTest::newRow("random files, Latin-1 locale") << QByteArray("ISO-8859-1") << QByteArray();
+#endif
         const QString text = QStringLiteral("id,PN-\u00B5,s,k,d,B,p,v,c,x,1,2\nbad,line\nid2,PN2,s,k,d,,p,v\n");
         for (const char* name : {"UTF-16LE", "UTF-16BE", "UTF-32LE", "UTF-32BE"}) {
             const std::unique_ptr<QTextEncoder> withMark(QTextCodec::codecForName(name)->makeEncoder());

@@ -73,9 +73,16 @@ struct DEVICE_EXPORT DeviceArg : public ChipInfo
     DeviceArg& operator=(const DeviceArg& other);
 
     /// True when both carry the same device identifier (case-sensitive).
-    bool operator==(const DeviceArg& other);
+    bool operator==(const DeviceArg& other) const;
     /// Negation of operator==().
+    bool operator!=(const DeviceArg& other) const;
+
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    /// The same as the const operator==(); kept for hosts built against Device 1.0.
+    bool operator==(const DeviceArg& other);
+    /// The same as the const operator!=(); kept for hosts built against Device 1.0.
     bool operator!=(const DeviceArg& other);
+#endif
 };
 
 } // namespace DEV

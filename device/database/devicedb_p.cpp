@@ -6,7 +6,11 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QStringView>
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+#include <QStringDecoder>
+#else
 #include <QTextCodec>
+#endif
 #include <QStringList>
 #include <QVarLengthArray>
 
@@ -422,6 +426,71 @@ private:
 };
 
 /*
+ * The file's encoding, as Qt's text stream with its default settings finds
+ * it: the one a byte-order mark at the start names, else, on Qt 5, the
+ * locale's (QTextCodec::codecForLocale()) and, on Qt 6, which no longer has
+ * a locale codec, UTF-8. Decoder decodes in it; with keepMark, a leading
+ * U+FEFF is text rather than a mark to drop.
+ */
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+using Encoding = QStringConverter::Encoding;
+
+Encoding encodingFor(const char* bytes, qint64 size)
+{
+    const QByteArrayView head(bytes, std::min(size, BlockSize));
+    return QStringConverter::encodingForData(head).value_or(QStringConverter::Utf8);
+}
+
+// Whether a byte 0x0A is a line break wherever it stands.
+bool cuttable(Encoding encoding)
+{
+    return encoding == QStringConverter::Utf8 || encoding == QStringConverter::Latin1;
+}
+
+class Decoder
+{
+public:
+    Decoder(Encoding encoding, bool keepMark)
+        : m_decoder(encoding, keepMark ? QStringConverter::Flag::ConvertInitialBom : QStringConverter::Flag::Default)
+    {
+    }
+
+    QString toUnicode(const char* bytes, int size) { return m_decoder.decode(QByteArrayView(bytes, size)); }
+
+private:
+    QStringDecoder m_decoder;
+};
+#else
+using Encoding = QTextCodec*;
+
+Encoding encodingFor(const char* bytes, qint64 size)
+{
+    const QByteArray head = QByteArray::fromRawData(bytes, int(std::min(size, BlockSize)));
+    return QTextCodec::codecForUtfText(head, QTextCodec::codecForLocale());
+}
+
+bool cuttable(Encoding codec)
+{
+    const int mib = codec->mibEnum();
+    return mib == 106 || mib == 4 || mib == 3; // UTF-8, Latin-1, ASCII
+}
+
+class Decoder
+{
+public:
+    Decoder(Encoding codec, bool keepMark)
+        : m_decoder(codec->makeDecoder(keepMark ? QTextCodec::IgnoreHeader : QTextCodec::DefaultConversion))
+    {
+    }
+
+    QString toUnicode(const char* bytes, int size) { return m_decoder->toUnicode(bytes, size); }
+
+private:
+    std::unique_ptr<QTextDecoder> m_decoder;
+};
+#endif
+
+/*
  * Decodes bytes handed over in blocks and gives the builder every complete
  * line. A carriage return is dropped from the decoded text, not from the
  * bytes, which would break UTF-16.
@@ -429,8 +498,8 @@ private:
 class LineFeeder
 {
 public:
-    LineFeeder(std::unique_ptr<QTextDecoder> decoder, RecordBuilder& builder)
-        : m_decoder(std::move(decoder))
+    LineFeeder(Encoding encoding, bool keepMark, RecordBuilder& builder)
+        : m_decoder(encoding, keepMark)
         , m_builder(builder)
     {
     }
@@ -438,7 +507,7 @@ public:
     void feed(const char* bytes, int size)
     {
         const int decodedFrom = m_buffer.size();
-        m_buffer += m_decoder->toUnicode(bytes, size);
+        m_buffer += m_decoder.toUnicode(bytes, size);
         if (m_buffer.indexOf(QLatin1Char('\r'), decodedFrom) >= 0) {
             QChar* begin = m_buffer.data();
             QChar* end = std::remove(begin + decodedFrom, begin + m_buffer.size(), QLatin1Char('\r'));
@@ -467,16 +536,10 @@ public:
     }
 
 private:
-    std::unique_ptr<QTextDecoder> m_decoder;
+    Decoder m_decoder;
     RecordBuilder& m_builder;
     QString m_buffer;
 };
-
-QTextCodec* codecFor(const char* bytes, qint64 size)
-{
-    const QByteArray head = QByteArray::fromRawData(bytes, int(std::min(size, BlockSize)));
-    return QTextCodec::codecForUtfText(head, QTextCodec::codecForLocale());
-}
 
 void readStream(QFile& file, RecordBuilder& builder)
 {
@@ -485,10 +548,8 @@ void readStream(QFile& file, RecordBuilder& builder)
         const QByteArray block = file.read(BlockSize);
         if (block.isEmpty())
             break;
-        if (!feeder) {
-            QTextCodec* codec = codecFor(block.constData(), block.size());
-            feeder = std::make_unique<LineFeeder>(std::unique_ptr<QTextDecoder>(codec->makeDecoder()), builder);
-        }
+        if (!feeder)
+            feeder = std::make_unique<LineFeeder>(encodingFor(block.constData(), block.size()), false, builder);
         feeder->feed(block.constData(), block.size());
     }
     if (feeder)
@@ -517,13 +578,11 @@ constexpr qint64 TwoThreadsFrom = 2 << 20;
  */
 void readMapped(const char* bytes, qint64 size, RecordBuilder& builder)
 {
-    QTextCodec* codec = codecFor(bytes, size);
-    const int mib = codec->mibEnum();
-    const bool cuttable = mib == 106 || mib == 4 || mib == 3; // UTF-8, Latin-1, ASCII
+    const Encoding encoding = encodingFor(bytes, size);
     const char* middle = nullptr;
-    if (cuttable && size >= TwoThreadsFrom && std::thread::hardware_concurrency() > 1)
+    if (cuttable(encoding) && size >= TwoThreadsFrom && std::thread::hardware_concurrency() > 1)
         middle = static_cast<const char*>(std::memchr(bytes + size / 2, '\n', size_t(size - size / 2)));
-    LineFeeder first(std::unique_ptr<QTextDecoder>(codec->makeDecoder()), builder);
+    LineFeeder first(encoding, false, builder);
     if (!middle) {
         feedRange(bytes, size, first);
         return;
@@ -532,7 +591,7 @@ void readMapped(const char* bytes, qint64 size, RecordBuilder& builder)
     const qint64 cut = middle - bytes + 1;
     QList<ChipInfo> unused;
     RecordBuilder laterRecords(unused);
-    LineFeeder second(std::unique_ptr<QTextDecoder>(codec->makeDecoder(QTextCodec::IgnoreHeader)), laterRecords);
+    LineFeeder second(encoding, true, laterRecords);
     std::thread worker;
     try {
         worker = std::thread(feedRange, bytes + cut, size - cut, std::ref(second));
@@ -557,9 +616,8 @@ void DeviceDbPrivate::loadDataFile(const QString& fileName)
     }
 
     // Read the file exactly as a text stream over a text-mode file would:
-    // raw bytes, decoded in the encoding that a byte-order mark names or
-    // else in the locale's, and then every carriage return dropped from the
-    // decoded text (see LineFeeder).
+    // raw bytes, decoded in the file's encoding (see Encoding), and then
+    // every carriage return dropped from the decoded text (see LineFeeder).
     file.setTextModeEnabled(false);
     RecordBuilder builder(chips);
     const qint64 size = file.size();

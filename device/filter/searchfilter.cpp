@@ -123,14 +123,21 @@ int asciiContainsFolded(QStringView value, QStringView foldedNeedle)
 /*
  * The identity of a string's shared data: strings that share their data
  * share the one data header, and its address is at hand without touching the
- * characters. QString::data_ptr() is public Qt 5 API, if undocumented, and
- * non-const only because it could be written through; it is only read here,
- * so the const_cast changes nothing. Two strings with different headers may
- * still be equal, which costs a second decision, never a wrong one.
+ * characters. QString::data_ptr() is public API, if undocumented; it is only
+ * read here. Two strings with different headers may still be equal, which
+ * costs a second decision, never a wrong one. Qt 5 gives every string a
+ * header (non-const data_ptr() only because it could be written through, so
+ * the const_cast changes nothing). Qt 6 gives none to empty strings and
+ * literals, which would all look alike: they have no identity (null), and
+ * are decided each time.
  */
 const void* sharedDataOf(const QString& s)
 {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    return const_cast<QString&>(s).data_ptr().d_ptr();
+#else
     return const_cast<QString&>(s).data_ptr();
+#endif
 }
 
 /*
@@ -269,6 +276,8 @@ private:
     template <typename Decide>
     static bool remembered(VerdictCache& cache, const void* key, Decide decideNow)
     {
+        if (!key)
+            return decideNow();
         const VerdictCache::Verdict known = cache.find(key);
         if (known != VerdictCache::Unknown)
             return known == VerdictCache::Yes;

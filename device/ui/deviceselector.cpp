@@ -248,6 +248,11 @@ bool sameFilter(const ChipFilter& a, const ChipFilter& b)
 
 } // namespace
 
+DeviceSelector::DeviceSelector(QWidget* parent)
+    : DeviceSelector(DeviceDb::instance(), parent)
+{
+}
+
 DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     : QWidget(parent)
     , ui(new Ui_DeviceSelector)

@@ -53,6 +53,12 @@ public:
      * the table with every chip of the database.
      */
     explicit DeviceSelector(DeviceDb* db, QWidget* parent = nullptr);
+    /**
+     * Builds the widget over the process-wide database, DeviceDb::instance(),
+     * as forms made in Qt Designer do (uic passes only the parent). Create
+     * the QApplication first.
+     */
+    explicit DeviceSelector(QWidget* parent);
     ~DeviceSelector() override;
 
     DeviceSelector(const DeviceSelector&) = delete;

@@ -302,7 +302,11 @@ void installTranslations(QApplication& app, const QString& language)
     const std::pair<QString, QString> files[] = {
         {QLatin1String("device_") + language,
          QCoreApplication::applicationDirPath() + QLatin1String("/../share/device/translations")},
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+        {QLatin1String("qtbase_") + language, QLibraryInfo::path(QLibraryInfo::TranslationsPath)},
+#else
         {QLatin1String("qtbase_") + language, QLibraryInfo::location(QLibraryInfo::TranslationsPath)},
+#endif
     };
     for (const auto& [name, dir] : files) {
         auto* translator = new QTranslator(&app);

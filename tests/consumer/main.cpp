@@ -40,9 +40,9 @@ int main(int argc, char** argv)
     const QString part = QStringList{"part", chip.partNumber, chip.deviceId, chip.series, chip.device, chip.package,
                                      chip.voltage, chip.speed}.join(QLatin1Char(' '));
     std::printf("chips %d\n%s\nid zr9k31-013 -> %s\nfilter %s %s %d\nsearch group %d case %s ranges %d\nform %s %s\n",
-                db->allChipInfo().size(), qPrintable(part), qPrintable(db->findByID("zr9k31-013").deviceId),
-                qPrintable(chip.series), qPrintable(chip.package), db->filterChips(filter).size(), search.filterGroup(),
-                search.caseSensitiveAction->isChecked() ? "on" : "off", search.rangeActions.size(),
+                int(db->allChipInfo().size()), qPrintable(part), qPrintable(db->findByID("zr9k31-013").deviceId),
+                qPrintable(chip.series), qPrintable(chip.package), int(db->filterChips(filter).size()), search.filterGroup(),
+                search.caseSensitiveAction->isChecked() ? "on" : "off", int(search.rangeActions.size()),
                 qPrintable(selector.objectName()), qPrintable(form.cbPackage->objectName()));
     return chip.deviceId.isEmpty() ? 1 : 0;
 }
