@@ -27,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const QString path = dir.filePath(QStringLiteral("chips.csv"));
     const QList<DEV::ChipInfo> loaded = Reference::loadedCopy(chips, path);
     for (int i = 0; i < loaded.size(); ++i)
-        chips.insert(std::min(chips.size(), 2 * i), loaded.at(i));
+        chips.insert(std::min(int(chips.size()), 2 * i), loaded.at(i));
     if (!Reference::disagreement(chips, search).isEmpty())
         std::abort();
     return 0;
