@@ -26,6 +26,7 @@
 #include <system_error>
 #include <thread>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #if defined(__SSE2__)
@@ -452,13 +453,42 @@ class Decoder
 public:
     Decoder(Encoding encoding, bool keepMark)
         : m_decoder(encoding, keepMark ? QStringConverter::Flag::ConvertInitialBom : QStringConverter::Flag::Default)
+        , m_utf8(encoding == QStringConverter::Utf8)
     {
     }
 
-    QString toUnicode(const char* bytes, int size) { return m_decoder.decode(QByteArrayView(bytes, size)); }
+    // Qt 6.4's decoder drops the byte that follows a UTF-8 sequence cut
+    // between two calls, so a sequence cut at the end waits for the next
+    // block: the result is the same however the bytes are split.
+    QString toUnicode(const char* bytes, int size)
+    {
+        QByteArray piece = m_held + QByteArray::fromRawData(bytes, size);
+        m_held.clear();
+        if (m_utf8) {
+            qsizetype lead = piece.size();
+            while (lead > 0 && lead > piece.size() - 4 && (uchar(piece.at(lead - 1)) & 0xC0) == 0x80)
+                --lead;
+            const uchar first = lead > 0 ? uchar(piece.at(lead - 1)) : 0;
+            const qsizetype length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : first >= 0xC0 ? 2 : 1;
+            if (lead > 0 && piece.size() - (lead - 1) < length) {
+                m_held = piece.mid(lead - 1);
+                piece.truncate(lead - 1);
+            }
+        }
+        return m_decoder.decode(piece);
+    }
+
+    /// What the bytes held back at the end of the file decode to.
+    QString rest()
+    {
+        const QByteArray held = std::exchange(m_held, QByteArray());
+        return m_decoder.decode(held);
+    }
 
 private:
     QStringDecoder m_decoder;
+    bool m_utf8 = false;
+    QByteArray m_held;
 };
 #else
 using Encoding = QTextCodec*;
@@ -484,6 +514,7 @@ public:
     }
 
     QString toUnicode(const char* bytes, int size) { return m_decoder->toUnicode(bytes, size); }
+    QString rest() { return QString(); }
 
 private:
     std::unique_ptr<QTextDecoder> m_decoder;
@@ -531,6 +562,7 @@ public:
     /// in a line break there is none, and no line is counted.
     void finish()
     {
+        m_buffer += m_decoder.rest();
         if (!m_buffer.isEmpty())
             m_builder.addLine(m_buffer);
     }

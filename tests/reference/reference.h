@@ -15,6 +15,9 @@
 #include <QFile>
 #include <QRegExp>
 #include <QTextStream>
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+#include <QStringDecoder>
+#endif
 
 #include <algorithm>
 
@@ -28,7 +31,17 @@ inline QList<DEV::ChipInfo> loadDataFile(const QString& fileName, int* firstMalf
         qCritical() << "can not opend device data file: " << fileName;
         return chips;
     }
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    // Qt 6.4's stream drops the byte after an incomplete UTF-8 sequence that ends one of its reads, so the reads'
+    // size would decide: decode the file in one piece instead, as the stream does in every other respect.
+    file.setTextModeEnabled(false); // carriage returns go after decoding, as the stream drops them
+    const QByteArray bytes = file.readAll();
+    QString text = QStringDecoder(QStringConverter::encodingForData(bytes).value_or(QStringConverter::Utf8))(bytes);
+    text.remove(QLatin1Char('\r'));
+    QTextStream in(&text, QIODevice::ReadOnly);
+#else
     QTextStream in(&file);
+#endif
     for (int number = 1; !in.atEnd(); ++number) {
         const QString line = in.readLine();
         const QStringList parts = line.split(QLatin1Char(','), Qt::KeepEmptyParts, Qt::CaseSensitive);
