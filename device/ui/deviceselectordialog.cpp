@@ -6,6 +6,7 @@
 
 #include <QDataStream>
 #include <QDialogButtonBox>
+#include <QIODevice>
 #include <QPushButton>
 #include <QTableView>
 #include <QVBoxLayout>
