@@ -199,6 +199,16 @@ private Q_SLOTS:
         }
         // Guard against a generator that only ever produces one answer.
         QVERIFY(matched > 300 * 50 && matched < 300 * 950);
+        // Neighbours built from literals, which need not share anything to be told apart, and a record of nothing
+        // but empty values, which "0" finds.
+        ChipInfo a;
+        a.deviceId = QStringLiteral("lit-a");
+        a.series = QStringLiteral("SA");
+        ChipInfo b = a;
+        b.deviceId = QStringLiteral("lit-b");
+        b.series = QStringLiteral("SB");
+        QCOMPARE(TestHelpers::ids(DEV::filterChips({a, b, a}, ChipFilterBySearch{0, 3, false, "sb"})), L{"lit-b"});
+        QCOMPARE(DEV::filterChips({ChipInfo()}, ChipFilterBySearch{0, 3, false, "0"}).size(), 1);
         // A list long enough to be searched on two threads finds what its pieces, searched on one, find.
         QList<ChipInfo> longList;
         while (longList.size() < 17000)

@@ -13,6 +13,7 @@
 #include <optional>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #if defined(__SSE2__)
@@ -239,11 +240,15 @@ private:
     {
         if (!m_remember)
             return decideDeviceValues(chip);
-        const std::array<const void*, 6> ids{sharedDataOf(chip.series),  sharedDataOf(chip.matchKey),
-                                             sharedDataOf(chip.device),  sharedDataOf(chip.package),
-                                             sharedDataOf(chip.auxiliary),
-                                             chip.resources.isEmpty() ? nullptr : &chip.resources.constFirst()};
-        if (ids != m_lastDeviceValues) {
+        // A text is known by where its characters lie and how many there
+        // are, which two chips share only for the same text, literals and
+        // raw data included; a list by its first element.
+        const auto id = [](const QString& v) { return TextId{v.constData(), v.size()}; };
+        const DeviceValueIds ids{{id(chip.series), id(chip.matchKey), id(chip.device), id(chip.package),
+                                  id(chip.auxiliary)},
+                                 chip.resources.isEmpty() ? nullptr : &chip.resources.constFirst()};
+        if (!m_haveDeviceValues || ids != m_lastDeviceValues) {
+            m_haveDeviceValues = true;
             m_lastDeviceValues = ids;
             m_lastDeviceVerdict = decideDeviceValues(chip);
         }
@@ -332,7 +337,10 @@ private:
     bool m_asciiPattern = false;
     VerdictCache m_values;
     VerdictCache m_lists;
-    std::array<const void*, 6> m_lastDeviceValues{};
+    using TextId = std::pair<const QChar*, qsizetype>;
+    using DeviceValueIds = std::pair<std::array<TextId, 5>, const QString*>;
+    DeviceValueIds m_lastDeviceValues{};
+    bool m_haveDeviceValues = false;
     bool m_lastDeviceVerdict = false;
 };
 
