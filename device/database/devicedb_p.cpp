@@ -14,7 +14,17 @@
 #include <QStringList>
 #include <QVarLengthArray>
 
-#if defined(__GLIBC__)
+// Under a sanitizer the allocator is the sanitizer's, and handing glibc's
+// arenas back from several loading threads at once upsets its bookkeeping.
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+#define DEV_SANITIZER_ALLOCATOR 1
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer) || __has_feature(address_sanitizer)
+#define DEV_SANITIZER_ALLOCATOR 1
+#endif
+#endif
+#if defined(__GLIBC__) && !defined(DEV_SANITIZER_ALLOCATOR)
+#define DEV_TRIM_AFTER_LOAD 1
 #include <malloc.h>
 #endif
 
@@ -663,7 +673,7 @@ void DeviceDbPrivate::loadDataFile(const QString& fileName)
     report.firstSkippedLine = builder.report().firstSkippedLine;
     report.chips = chips.size();
     file.close();
-#if defined(__GLIBC__)
+#if defined(DEV_TRIM_AFTER_LOAD)
     // Loading frees its temporary tables, most of them on a second thread
     // whose allocator arena would keep them; hand the pages back.
     malloc_trim(0);
