@@ -173,7 +173,15 @@ private Q_SLOTS:
             const ChipFilterBySearch f{r % 4 == 3 ? 2 : 0, r % 4, r % 3 == 1, texts[r % 6]};
             const QString difference = Reference::disagreement(chips.mid(r * 2801, 400), f);
             QVERIFY2(difference.isEmpty(), qPrintable(difference));
-            QCOMPARE(TestHelpers::ids(DEV::filterChips(chips, f)), piecewise(chips, f));
+            const QList<ChipInfo> found = DEV::filterChips(chips, f);
+            QCOMPARE(TestHelpers::ids(found), piecewise(chips, f));
+            // Part numbers are unique here, so the rows name exactly the chips found.
+            L atRows, partNumbers;
+            for (int row : DEV::filterRows(chips, f))
+                atRows << chips.at(row).partNumber;
+            for (const ChipInfo& chip : found)
+                partNumbers << chip.partNumber;
+            QCOMPARE(atRows, partNumbers);
         }
     }
 

@@ -32,13 +32,23 @@ class VerdictCache
 public:
     enum Verdict { Unknown, No, Yes };
 
-    Verdict find(const void* key) const
+    Verdict find(const void* key)
     {
         const quintptr slot = m_slots[slotOf(key)];
-        if ((slot & ~VerdictBit) != quintptr(key))
+        const bool found = (slot & ~VerdictBit) == quintptr(key);
+        // A list whose values are nearly all distinct would only pay for
+        // the look-ups: after a first stretch that shows it, stop asking.
+        if (m_lookups < TrialLookups) {
+            m_found += found ? 1 : 0;
+            if (++m_lookups == TrialLookups)
+                m_worthIt = m_found * 16 >= m_lookups;
+        }
+        if (!found)
             return Unknown;
         return (slot & VerdictBit) ? Yes : No;
     }
+
+    bool worthIt() const { return m_worthIt; }
 
     void insert(const void* key, bool verdict) { m_slots[slotOf(key)] = quintptr(key) | (verdict ? VerdictBit : 0); }
 
@@ -53,7 +63,12 @@ private:
         return size_t((quint64(quintptr(key)) * 0x9E3779B97F4A7C15ull) >> (64 - SlotBits));
     }
 
+    static constexpr int TrialLookups = 4096;
+
     std::array<quintptr, size_t(1) << SlotBits> m_slots{};
+    int m_lookups = 0;
+    int m_found = 0;
+    bool m_worthIt = true;
 };
 
 /*
@@ -132,12 +147,13 @@ int asciiContainsFolded(QStringView value, QStringView foldedNeedle)
  * literals, which would all look alike: they have no identity (null), and
  * are decided each time.
  */
-const void* sharedDataOf(const QString& s)
+template <typename T>
+const void* sharedDataOf(const T& s)
 {
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
-    return const_cast<QString&>(s).data_ptr().d_ptr();
+    return const_cast<T&>(s).data_ptr().d_ptr();
 #else
-    return const_cast<QString&>(s).data_ptr();
+    return const_cast<T&>(s).data_ptr();
 #endif
 }
 
@@ -242,8 +258,14 @@ private:
             return decideDeviceValues(chip);
         // A text is known by where its characters lie and how many there
         // are, which two chips share only for the same text, literals and
-        // raw data included; a list by its first element.
+        // raw data included; a list by its first element. Qt 5 gives every
+        // text a header of its own, which already says as much and is read
+        // without a trip to memory.
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
         const auto id = [](const QString& v) { return TextId{v.constData(), v.size()}; };
+#else
+        const auto id = [](const QString& v) { return TextId{sharedDataOf(v), 0}; };
+#endif
         const DeviceValueIds ids{{id(chip.series), id(chip.matchKey), id(chip.device), id(chip.package),
                                   id(chip.auxiliary)},
                                  chip.resources.isEmpty() ? nullptr : &chip.resources.constFirst()};
@@ -281,7 +303,7 @@ private:
     template <typename Decide>
     static bool remembered(VerdictCache& cache, const void* key, Decide decideNow)
     {
-        if (!key)
+        if (!key || !cache.worthIt())
             return decideNow();
         const VerdictCache::Verdict known = cache.find(key);
         if (known != VerdictCache::Unknown)
@@ -337,7 +359,7 @@ private:
     bool m_asciiPattern = false;
     VerdictCache m_values;
     VerdictCache m_lists;
-    using TextId = std::pair<const QChar*, qsizetype>;
+    using TextId = std::pair<const void*, qsizetype>;
     using DeviceValueIds = std::pair<std::array<TextId, 5>, const QString*>;
     DeviceValueIds m_lastDeviceValues{};
     bool m_haveDeviceValues = false;
@@ -348,13 +370,42 @@ private:
 // a thread costs tens of microseconds, which a short search would not win back.
 constexpr int ParallelFrom = 16384;
 
+/*
+ * A long list's records and their texts lie all over the heap, and deciding
+ * a chip is mostly waiting for them to arrive from memory. Asking for them a
+ * few chips ahead lets those waits overlap: first the record, then, once it
+ * has arrived, the data of the texts it points to.
+ */
+constexpr int PrefetchAhead = 8;
+
+inline void prefetch(const void* p)
+{
+#if defined(__GNUC__)
+    __builtin_prefetch(p);
+#else
+    Q_UNUSED(p);
+#endif
+}
+
+inline void prefetchValues(const ChipInfo& chip)
+{
+    for (const QString* v : {&chip.partNumber, &chip.voltage, &chip.series, &chip.matchKey, &chip.device,
+                             &chip.package, &chip.auxiliary})
+        prefetch(sharedDataOf(*v));
+}
+
 // Sets verdicts[i] for chips [from, to) of @p list.
 void decideRange(const QList<ChipInfo>& list, const ChipFilterBySearch& filter, int from, int to,
                  std::vector<char>& verdicts)
 {
     SearchMatcher matcher(filter, true);
-    for (int i = from; i < to; ++i)
+    for (int i = from; i < to; ++i) {
+        if (i + 2 * PrefetchAhead < to)
+            prefetch(&list.at(i + 2 * PrefetchAhead));
+        if (i + PrefetchAhead < to)
+            prefetchValues(list.at(i + PrefetchAhead));
         verdicts[size_t(i)] = matcher.matches(list.at(i)) ? 1 : 0;
+    }
 }
 
 /*
@@ -396,24 +447,30 @@ QList<ChipInfo> DeviceDb::filterChips(const ChipFilterBySearch& filter, const QL
     return DEV::filterChips(chips, filter);
 }
 
+QVector<int> filterRows(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter)
+{
+    std::vector<char> verdicts(size_t(chips.size()), 0);
+    decideInParallel(chips, filter, verdicts);
+    QVector<int> rows;
+    rows.reserve(int(std::count(verdicts.begin(), verdicts.end(), 1)));
+    for (int i = 0; i < chips.size(); ++i) {
+        if (verdicts[size_t(i)])
+            rows.append(i);
+    }
+    return rows;
+}
+
 QList<ChipInfo> filterChips(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter)
 {
-    const QList<ChipInfo> list = chips;
-    const int n = list.size();
-    std::vector<char> verdicts(size_t(n), 0);
-    decideInParallel(list, filter, verdicts);
-
-    const int kept = int(std::count(verdicts.begin(), verdicts.end(), 1));
+    const QVector<int> rows = filterRows(chips, filter);
     // Short searches often keep every chip; the input itself is then the
     // answer, and no record is copied.
-    if (kept == n)
-        return list;
+    if (rows.size() == chips.size())
+        return chips;
     QList<ChipInfo> result;
-    result.reserve(kept);
-    for (int i = 0; i < n; ++i) {
-        if (verdicts[size_t(i)])
-            result.append(list.at(i));
-    }
+    result.reserve(rows.size());
+    for (int i : rows)
+        result.append(chips.at(i));
     return result;
 }
 
