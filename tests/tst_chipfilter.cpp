@@ -166,6 +166,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, shape);
         const QList<ChipInfo> chips = m_files.load(TestHelpers::generatedCatalogue(shape.constData(), 17000))->allChipInfo();
+        const DEV::ChipSearch search(chips);
         for (int r = 0; r < 6; ++r) {
             const ChipInfo& c = chips.at(r * 2801);
             const QString texts[] = {c.partNumber.left(r % 9 + 1), c.package, c.resources.value(5),
@@ -182,7 +183,44 @@ private Q_SLOTS:
             for (const ChipInfo& chip : found)
                 partNumbers << chip.partNumber;
             QCOMPARE(atRows, partNumbers);
+            // The text of a search prepared in two halves, searched in every column as typed.
+            const ChipFilterBySearch typed{0, 3, false, texts[r % 6]};
+            QCOMPARE(search.filterRows(typed), DEV::filterRows(chips, typed));
         }
+    }
+
+    // A prepared search answers as the ordinary one: for values and chips that meet in the middle of a pattern,
+    // letters beyond ASCII (the Kelvin sign is a "k"), the searches it leaves to the ordinary way, and a list
+    // prepared in two halves with a match in the very last value.
+    void preparedSearch()
+    {
+        ChipInfo a, b, c;
+        a.series = QStringLiteral("ab");
+        a.matchKey = QStringLiteral("cd");
+        a.partNumber = QStringLiteral("ZR1N-9");
+        b.package = QString::fromUtf8("\xE2\x84\xAA");
+        b.resources = L{QString(), QStringLiteral("12Kb")};
+        c.partNumber = QStringLiteral("Q");
+        QList<ChipInfo> chips{a, b, c};
+        while (chips.size() < 17000)
+            chips << a << c;
+        chips.last().voltage = QStringLiteral("LastV");
+        const DEV::ChipSearch search(chips);
+        for (const char* pattern : {"bc", "9q", "k", "ZR1n", "r1n-9", "12kb", "0", "", "q", "lastv", "\xC3\xA4"}) {
+            for (int syntax : {3, 0}) {
+                for (int group : {0, 7}) {
+                    const ChipFilterBySearch f{group, syntax, group == 7, QString::fromUtf8(pattern)};
+                    QCOMPARE(search.filterRows(f), DEV::filterRows(chips, f));
+                }
+            }
+        }
+        const auto rowsOf = [&search](const char* pattern) {
+            return search.filterRows(ChipFilterBySearch{0, 3, false, QString::fromLatin1(pattern)});
+        };
+        QCOMPARE(rowsOf("bc"), QVector<int>());
+        QCOMPARE(rowsOf("k"), QVector<int>{1});
+        QCOMPARE(rowsOf("LASTV"), QVector<int>{chips.size() - 1});
+        QVERIFY(DEV::ChipSearch().filterRows(ChipFilterBySearch{0, 3, false, QString()}).isEmpty());
     }
 
     // The library's search against the literal reference, over random chips and searches, seeded so every run checks

@@ -3,16 +3,14 @@
 
 #include "chipcolumns.h"
 #include "devicedb.h"
+#include "inhalves_p.h"
 
 #include <QRegExp>
 #include <QStringView>
 
 #include <algorithm>
 #include <array>
-#include <functional>
 #include <optional>
-#include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -366,10 +364,6 @@ private:
     bool m_lastDeviceVerdict = false;
 };
 
-// Lists shorter than this are searched on the calling thread alone: starting
-// a thread costs tens of microseconds, which a short search would not win back.
-constexpr int ParallelFrom = 16384;
-
 /*
  * A long list's records and their texts lie all over the heap, and deciding
  * a chip is mostly waiting for them to arrive from memory. Asking for them a
@@ -409,30 +403,14 @@ void decideRange(const QList<ChipInfo>& list, const ChipFilterBySearch& filter, 
 }
 
 /*
- * Sets verdicts[i] for every chip of @p list. A long list is split in two
- * halves, decided at once on this thread and a second one, each with a
- * matcher (and verdict cache) of its own: the verdict of a chip depends on
- * nothing but the chip and the filter, so the result is the same as on one
- * thread. If no thread can be started, this thread decides both halves.
+ * Sets verdicts[i] for every chip of @p list, a long list in two halves at
+ * once, each with a matcher (and verdict cache) of its own: the verdict of a
+ * chip depends on nothing but the chip and the filter, so the result is the
+ * same as on one thread.
  */
 void decideInParallel(const QList<ChipInfo>& list, const ChipFilterBySearch& filter, std::vector<char>& verdicts)
 {
-    static const bool severalCores = std::thread::hardware_concurrency() > 1;
-    const int n = list.size();
-    if (n < ParallelFrom || !severalCores) {
-        decideRange(list, filter, 0, n, verdicts);
-        return;
-    }
-    const int half = n / 2;
-    std::thread second;
-    try {
-        second = std::thread(decideRange, std::cref(list), std::cref(filter), half, n, std::ref(verdicts));
-    } catch (const std::system_error&) {
-        decideRange(list, filter, half, n, verdicts);
-    }
-    decideRange(list, filter, 0, half, verdicts);
-    if (second.joinable())
-        second.join();
+    pimpl::inHalves(list.size(), [&](int from, int to) { decideRange(list, filter, from, to, verdicts); });
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 // from whatever source of numbers (choose(n) answers below n) they bring.
 
 #include "chipfilter.h"
+#include "chipsearch.h"
 #include "devicedb.h"
 
 #include <QAbstractItemModel>
@@ -105,11 +106,14 @@ inline QString disagreement(const QList<DEV::ChipInfo>& chips, const DEV::ChipFi
             expected << chip;
     }
     const QList<DEV::ChipInfo> got = DEV::filterChips(chips, f);
+    const QList<DEV::ChipInfo> prepared = DEV::ChipSearch(chips).filterChips(f);
     for (int i = 0; i < qMax(got.size(), expected.size()); ++i) {
         if (got.value(i).deviceId != expected.value(i).deviceId)
             return search + QStringLiteral("filterChips differs at ") + QString::number(i);
+        if (prepared.value(i).deviceId != expected.value(i).deviceId)
+            return search + QStringLiteral("ChipSearch differs at ") + QString::number(i);
     }
-    return QString();
+    return prepared.size() == expected.size() ? QString() : search + QStringLiteral("ChipSearch finds more");
 }
 
 // Short values from small pools meet often enough to match. Non-ASCII ones include letters whose case folding lands
