@@ -190,37 +190,62 @@ private Q_SLOTS:
     }
 
     // A prepared search answers as the ordinary one: for values and chips that meet in the middle of a pattern,
-    // letters beyond ASCII (the Kelvin sign is a "k"), the searches it leaves to the ordinary way, and a list
-    // prepared in two halves with a match in the very last value.
+    // letters beyond ASCII in values and patterns (the Kelvin sign is a "k", not a "*"), the searches it leaves to
+    // the ordinary way, a list prepared on one thread and one prepared in two halves with a match in its very last
+    // value, and random searches over random chips without such letters.
     void preparedSearch()
     {
         ChipInfo a, b, c;
         a.series = QStringLiteral("ab");
         a.matchKey = QStringLiteral("cd");
         a.partNumber = QStringLiteral("ZR1N-9");
+        a.auxiliary = QStringLiteral("*");
         b.package = QString::fromUtf8("\xE2\x84\xAA");
         b.resources = L{QString(), QStringLiteral("12Kb")};
         c.partNumber = QStringLiteral("Q");
+        c.voltage = QStringLiteral("k1");
         QList<ChipInfo> chips{a, b, c};
         while (chips.size() < 17000)
             chips << a << c;
         chips.last().voltage = QStringLiteral("LastV");
-        const DEV::ChipSearch search(chips);
-        for (const char* pattern : {"bc", "9q", "k", "ZR1n", "r1n-9", "12kb", "0", "", "q", "lastv", "\xC3\xA4"}) {
-            for (int syntax : {3, 0}) {
-                for (int group : {0, 7}) {
-                    const ChipFilterBySearch f{group, syntax, group == 7, QString::fromUtf8(pattern)};
-                    QCOMPARE(search.filterRows(f), DEV::filterRows(chips, f));
+        for (const QList<ChipInfo>& list : {chips.mid(int(chips.size()) - 9), chips}) {
+            const DEV::ChipSearch search(list);
+            for (const char* pattern : {"bc", "9q", "k", "ZR1n", "r1n-9", "12kb", "0", "", "q", "lastv", "\xC3\xA4",
+                                        "\xE2\x84\xAA"}) {
+                for (int syntax : {3, 0}) {
+                    for (int group : {0, 7}) {
+                        const ChipFilterBySearch f{group, syntax, group == 7, QString::fromUtf8(pattern)};
+                        QCOMPARE(search.filterRows(f), DEV::filterRows(list, f));
+                    }
                 }
             }
+            const auto rowsOf = [&search](const char* pattern) {
+                return search.filterRows(ChipFilterBySearch{0, 3, false, QString::fromLatin1(pattern)});
+            };
+            QCOMPARE(rowsOf("bc"), QVector<int>());
+            QCOMPARE(rowsOf("LASTV"), QVector<int>{int(list.size()) - 1});
         }
-        const auto rowsOf = [&search](const char* pattern) {
-            return search.filterRows(ChipFilterBySearch{0, 3, false, QString::fromLatin1(pattern)});
-        };
-        QCOMPARE(rowsOf("bc"), QVector<int>());
-        QCOMPARE(rowsOf("k"), QVector<int>{1});
-        QCOMPARE(rowsOf("LASTV"), QVector<int>{chips.size() - 1});
+        QCOMPARE(DEV::ChipSearch(chips).filterRows(ChipFilterBySearch{0, 3, false, "12kb"}), QVector<int>{1});
         QVERIFY(DEV::ChipSearch().filterRows(ChipFilterBySearch{0, 3, false, QString()}).isEmpty());
+
+        QRandomGenerator rng(20261123u);
+        const auto choose = [&rng](int n) { return int(rng.bounded(n)); };
+        QList<ChipInfo> random = Reference::randomChips(choose, 300);
+        for (ChipInfo& chip : random) {
+            for (QString* v : {&chip.series, &chip.matchKey, &chip.device, &chip.package, &chip.auxiliary,
+                               &chip.partNumber, &chip.voltage}) {
+                if (QStringView(*v).toLatin1().size() != v->toUtf8().size())
+                    *v = QStringLiteral("x");
+            }
+            chip.resources.replaceInStrings(QRegExp(QStringLiteral("[^\\x01-\\x7f]")), QStringLiteral("y"));
+        }
+        for (int round = 0; round < 60; ++round) {
+            ChipFilterBySearch f = Reference::randomSearch(choose);
+            if (round % 2)
+                f = ChipFilterBySearch{0, 3, false, f.pattern};
+            const QString difference = Reference::disagreement(random, f);
+            QVERIFY2(difference.isEmpty(), qPrintable(difference));
+        }
     }
 
     // The library's search against the literal reference, over random chips and searches, seeded so every run checks

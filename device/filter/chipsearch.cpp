@@ -187,7 +187,7 @@ ChipSearch::ChipSearch(const QList<ChipInfo>& chips)
     auto p = std::make_shared<Private>();
     p->chips = chips;
     std::mutex done;
-    pimpl::inHalves(chips.size(), [&](int from, int to) {
+    pimpl::inHalves(int(chips.size()), [&](int from, int to) {
         Stretch stretch = prepare(p->chips, from, to);
         const std::lock_guard<std::mutex> lock(done);
         p->stretches.push_back(std::move(stretch));
@@ -216,7 +216,7 @@ QVector<int> ChipSearch::filterRows(const ChipFilterBySearch& filter) const
 
     std::vector<char> verdicts(size_t(d->chips.size()), 0);
     // The stretches were prepared as the halves are cut here.
-    pimpl::inHalves(d->chips.size(), [&](int from, int to) {
+    pimpl::inHalves(int(d->chips.size()), [&](int from, int to) {
         for (const Stretch& stretch : d->stretches) {
             if (stretch.first >= from && stretch.first < to)
                 scan(stretch, needle, verdicts);

@@ -410,7 +410,7 @@ void decideRange(const QList<ChipInfo>& list, const ChipFilterBySearch& filter, 
  */
 void decideInParallel(const QList<ChipInfo>& list, const ChipFilterBySearch& filter, std::vector<char>& verdicts)
 {
-    pimpl::inHalves(list.size(), [&](int from, int to) { decideRange(list, filter, from, to, verdicts); });
+    pimpl::inHalves(int(list.size()), [&](int from, int to) { decideRange(list, filter, from, to, verdicts); });
 }
 
 } // namespace
