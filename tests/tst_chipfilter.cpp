@@ -231,13 +231,15 @@ private Q_SLOTS:
         QRandomGenerator rng(20261123u);
         const auto choose = [&rng](int n) { return int(rng.bounded(n)); };
         QList<ChipInfo> random = Reference::randomChips(choose, 300);
+        const auto toAscii = [](QString& v) {
+            if (std::any_of(v.cbegin(), v.cend(), [](QChar c) { return c.unicode() >= 0x80; }))
+                v = QStringLiteral("x");
+        };
         for (ChipInfo& chip : random) {
             for (QString* v : {&chip.series, &chip.matchKey, &chip.device, &chip.package, &chip.auxiliary,
-                               &chip.partNumber, &chip.voltage}) {
-                if (QStringView(*v).toLatin1().size() != v->toUtf8().size())
-                    *v = QStringLiteral("x");
-            }
-            chip.resources.replaceInStrings(QRegExp(QStringLiteral("[^\\x01-\\x7f]")), QStringLiteral("y"));
+                               &chip.partNumber, &chip.voltage})
+                toAscii(*v);
+            std::for_each(chip.resources.begin(), chip.resources.end(), toAscii);
         }
         for (int round = 0; round < 60; ++round) {
             ChipFilterBySearch f = Reference::randomSearch(choose);

@@ -54,7 +54,9 @@ public:
     ChipSearch();
     /// Prepares a search over @p chips: a long list on two threads.
     explicit ChipSearch(const QList<ChipInfo>& chips);
+    /// Shares the chips and the prepared text of @p other.
     ChipSearch(const ChipSearch& other);
+    /// Shares the chips and the prepared text of @p other.
     ChipSearch& operator=(const ChipSearch& other);
     ~ChipSearch();
 
