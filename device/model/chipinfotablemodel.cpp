@@ -124,21 +124,26 @@ int compareKeys(int left, int right)
  */
 constexpr int FetchAhead = 8;
 
-inline void prefetch(const void* p)
+// Asks for the record 2 * FetchAhead rows after @p row, and for the text in
+// @p column of the record FetchAhead rows after it, which has arrived by now.
+inline void fetchAhead(const QList<ChipInfo>& chips, int row, int column)
 {
 #if defined(__GNUC__)
-    __builtin_prefetch(p);
-#else
-    Q_UNUSED(p);
-#endif
-}
-
-inline void prefetchText(const QString& text)
-{
+    const int n = int(chips.size());
+    if (row + 2 * FetchAhead < n)
+        __builtin_prefetch(&chips.at(row + 2 * FetchAhead));
+    if (row + FetchAhead < n) {
+        const QString& text = cellText(chips.at(row + FetchAhead), column);
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
-    prefetch(text.constData());
+        __builtin_prefetch(text.constData());
 #else
-    prefetch(const_cast<QString&>(text).data_ptr()); // only read; Qt offers no const accessor
+        __builtin_prefetch(const_cast<QString&>(text).data_ptr()); // only read; Qt offers no const accessor
+#endif
+    }
+#else
+    Q_UNUSED(chips);
+    Q_UNUSED(row);
+    Q_UNUSED(column);
 #endif
 }
 
@@ -159,10 +164,7 @@ std::vector<KeyedRow<TextKey>> textKeys(const QList<ChipInfo>& chips, int column
     qsizetype common = first.size();
     const int n = int(chips.size());
     for (int row = 0; row < n; ++row) {
-        if (row + 2 * FetchAhead < n)
-            prefetch(&chips.at(row + 2 * FetchAhead));
-        if (row + FetchAhead < n)
-            prefetchText(cellText(chips.at(row + FetchAhead), column));
+        fetchAhead(chips, row, column);
         const QStringView text(cellText(chips.at(row), column));
         keyed.push_back({TextKey{{}, text, false}, row});
         common = std::min(common, text.size());
@@ -173,8 +175,10 @@ std::vector<KeyedRow<TextKey>> textKeys(const QList<ChipInfo>& chips, int column
     }
 
     for (size_t i = 0; i < keyed.size(); ++i) {
+#if defined(__GNUC__)
         if (i + FetchAhead < keyed.size())
-            prefetch(keyed[i + FetchAhead].key.text.data() + common);
+            __builtin_prefetch(keyed[i + FetchAhead].key.text.data() + common);
+#endif
         KeyedRow<TextKey>& k = keyed[i];
         const QStringView text = k.key.text;
         qsizetype pos = common;
@@ -196,10 +200,7 @@ std::vector<KeyedRow<int>> numberKeys(const QList<ChipInfo>& chips, int column, 
     const int n = int(chips.size());
     cells.reserve(size_t(n));
     for (int row = 0; row < n; ++row) {
-        if (row + 2 * FetchAhead < n)
-            prefetch(&chips.at(row + 2 * FetchAhead));
-        if (row + FetchAhead < n)
-            prefetchText(cellText(chips.at(row + FetchAhead), column));
+        fetchAhead(chips, row, column);
         cells.push_back(QStringView(cellText(chips.at(row), column)));
     }
 
