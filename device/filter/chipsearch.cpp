@@ -2,7 +2,7 @@
 #include "chipsearch.h"
 
 #include "chipcolumns.h"
-#include "inhalves_p.h"
+#include "search_p.h"
 
 #include <QByteArray>
 
@@ -226,24 +226,12 @@ QVector<int> ChipSearch::filterRows(const ChipFilterBySearch& filter) const
         for (int i : stretch.unfolded)
             verdicts[size_t(i)] = matchFilter(d->chips.at(i), filter) ? 1 : 0;
     }
-    QVector<int> rows;
-    for (int i = 0; i < d->chips.size(); ++i) {
-        if (verdicts[size_t(i)])
-            rows.append(i);
-    }
-    return rows;
+    return pimpl::rowsOf(verdicts);
 }
 
 QList<ChipInfo> ChipSearch::filterChips(const ChipFilterBySearch& filter) const
 {
-    const QVector<int> rows = filterRows(filter);
-    if (rows.size() == d->chips.size())
-        return d->chips;
-    QList<ChipInfo> result;
-    result.reserve(rows.size());
-    for (int i : rows)
-        result.append(d->chips.at(i));
-    return result;
+    return pimpl::chipsAt(d->chips, filterRows(filter));
 }
 
 } // namespace DEV

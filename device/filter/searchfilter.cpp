@@ -3,7 +3,7 @@
 
 #include "chipcolumns.h"
 #include "devicedb.h"
-#include "inhalves_p.h"
+#include "search_p.h"
 
 #include <QRegExp>
 #include <QStringView>
@@ -145,13 +145,12 @@ int asciiContainsFolded(QStringView value, QStringView foldedNeedle)
  * literals, which would all look alike: they have no identity (null), and
  * are decided each time.
  */
-template <typename T>
-const void* sharedDataOf(const T& s)
+const void* sharedDataOf(const QString& s)
 {
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
-    return const_cast<T&>(s).data_ptr().d_ptr();
+    return const_cast<QString&>(s).data_ptr().d_ptr();
 #else
-    return const_cast<T&>(s).data_ptr();
+    return const_cast<QString&>(s).data_ptr();
 #endif
 }
 
@@ -425,22 +424,19 @@ QList<ChipInfo> DeviceDb::filterChips(const ChipFilterBySearch& filter, const QL
     return DEV::filterChips(chips, filter);
 }
 
-QVector<int> filterRows(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter)
+QVector<int> pimpl::rowsOf(const std::vector<char>& verdicts)
 {
-    std::vector<char> verdicts(size_t(chips.size()), 0);
-    decideInParallel(chips, filter, verdicts);
     QVector<int> rows;
     rows.reserve(int(std::count(verdicts.begin(), verdicts.end(), 1)));
-    for (int i = 0; i < chips.size(); ++i) {
-        if (verdicts[size_t(i)])
-            rows.append(i);
+    for (size_t i = 0; i < verdicts.size(); ++i) {
+        if (verdicts[i])
+            rows.append(int(i));
     }
     return rows;
 }
 
-QList<ChipInfo> filterChips(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter)
+QList<ChipInfo> pimpl::chipsAt(const QList<ChipInfo>& chips, const QVector<int>& rows)
 {
-    const QVector<int> rows = filterRows(chips, filter);
     // Short searches often keep every chip; the input itself is then the
     // answer, and no record is copied.
     if (rows.size() == chips.size())
@@ -450,6 +446,18 @@ QList<ChipInfo> filterChips(const QList<ChipInfo>& chips, const ChipFilterBySear
     for (int i : rows)
         result.append(chips.at(i));
     return result;
+}
+
+QVector<int> filterRows(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter)
+{
+    std::vector<char> verdicts(size_t(chips.size()), 0);
+    decideInParallel(chips, filter, verdicts);
+    return pimpl::rowsOf(verdicts);
+}
+
+QList<ChipInfo> filterChips(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter)
+{
+    return pimpl::chipsAt(chips, filterRows(chips, filter));
 }
 
 } // namespace DEV

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#ifndef DEV_INHALVES_P_H
-#define DEV_INHALVES_P_H
+#ifndef DEV_SEARCH_P_H
+#define DEV_SEARCH_P_H
 
 //
 //  W A R N I N G
@@ -10,9 +10,15 @@
 // version without notice.
 //
 
+#include "chipinfo.h"
+
+#include <QList>
+#include <QVector>
+
 #include <functional>
 #include <system_error>
 #include <thread>
+#include <vector>
 
 namespace DEV {
 namespace pimpl {
@@ -47,7 +53,14 @@ void inHalves(int n, Work work)
         second.join();
 }
 
+/// The positions i where @p verdicts[i] is set, ascending.
+QVector<int> rowsOf(const std::vector<char>& verdicts);
+
+/// The chips of @p chips at @p rows, in that order; @p chips itself, copying
+/// no record, when the rows are all of its positions.
+QList<ChipInfo> chipsAt(const QList<ChipInfo>& chips, const QVector<int>& rows);
+
 } // namespace pimpl
 } // namespace DEV
 
-#endif // DEV_INHALVES_P_H
+#endif // DEV_SEARCH_P_H
