@@ -6,9 +6,9 @@
 
 #include <QByteArray>
 
-#include <algorithm>
 #include <cstring>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 #if defined(__SSE2__)
