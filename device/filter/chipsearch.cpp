@@ -58,11 +58,9 @@ char* writeFolded(char* out, const QString& value, ushort& wide)
 // value holds a letter beyond ASCII.
 bool appendChip(QByteArray& text, const ChipInfo& chip)
 {
-    const QString* const values[] = {&chip.series,  &chip.matchKey,   &chip.device, &chip.package,
-                                     &chip.auxiliary, &chip.partNumber, &chip.voltage};
     qsizetype size = 0;
-    for (const QString* value : values)
-        size += value->size() + 1;
+    for (QString ChipInfo::*value : pimpl::AllGroupTexts)
+        size += (chip.*value).size() + 1;
     for (const QString& count : chip.resources)
         size += count.size() + 1;
     const qsizetype start = text.size();
@@ -70,9 +68,9 @@ bool appendChip(QByteArray& text, const ChipInfo& chip)
     char* out = text.data() + start;
     ushort wide = 0;
     // Empty values are left out: no pattern the text serves is found in them.
-    for (const QString* value : values) {
-        if (!value->isEmpty())
-            out = writeFolded(out, *value, wide);
+    for (QString ChipInfo::*value : pimpl::AllGroupTexts) {
+        if (!(chip.*value).isEmpty())
+            out = writeFolded(out, chip.*value, wide);
     }
     for (const QString& count : chip.resources) {
         if (!count.isEmpty())

@@ -53,6 +53,13 @@ void inHalves(int n, Work work)
         second.join();
 }
 
+/// The texts that a search of every column reads besides the resource
+/// counts: first those all chips of one device share, then the chip's own.
+constexpr QString ChipInfo::* const AllGroupTexts[] = {&ChipInfo::series,    &ChipInfo::matchKey,
+                                                       &ChipInfo::device,    &ChipInfo::package,
+                                                       &ChipInfo::auxiliary, &ChipInfo::partNumber,
+                                                       &ChipInfo::voltage};
+
 /// The positions i where @p verdicts[i] is set, ascending.
 QVector<int> rowsOf(const std::vector<char>& verdicts);
 

@@ -382,9 +382,8 @@ inline void prefetch(const void* p)
 
 inline void prefetchValues(const ChipInfo& chip)
 {
-    for (const QString* v : {&chip.partNumber, &chip.voltage, &chip.series, &chip.matchKey, &chip.device,
-                             &chip.package, &chip.auxiliary})
-        prefetch(sharedDataOf(*v));
+    for (QString ChipInfo::*text : pimpl::AllGroupTexts)
+        prefetch(sharedDataOf(chip.*text));
 }
 
 // Sets verdicts[i] for chips [from, to) of @p list.
