@@ -1,6 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "chipcolumns.h"
 
+#include <QStringView>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 namespace DEV {
 
 namespace {
@@ -99,6 +105,145 @@ QString searchGroupName(int group)
         return QString();
     const char* name = Columns[column].searchName;
     return QString::fromLatin1(name ? name : Columns[column].header);
+}
+
+} // namespace DEV
+
+namespace DEV {
+
+namespace {
+
+/*
+ * The number a cell compares as. Almost every cell is a short run of ASCII
+ * digits (with "Kb" in size columns), which cannot overflow and is read
+ * directly; everything else takes QString::toInt(), which defines the order.
+ */
+int numberKey(QStringView text, bool cutKb)
+{
+    qsizetype length = text.size();
+    if (cutKb && text.endsWith(QLatin1String("Kb")))
+        length -= 2;
+    if (length >= 1 && length <= 9) {
+        int value = 0;
+        qsizetype i = 0;
+        for (; i < length && text[i] >= QLatin1Char('0') && text[i] <= QLatin1Char('9'); ++i)
+            value = value * 10 + (text[i].unicode() - '0');
+        if (i == length)
+            return value;
+    }
+    QString number = text.toString();
+    if (cutKb)
+        number.remove(QLatin1String("Kb"), Qt::CaseSensitive);
+    return number.toInt(nullptr, 10);
+}
+
+/*
+ * A row's sort key: for number columns the number, for text columns the
+ * first units packed three words deep with the first unit in the high bits,
+ * so that comparing words compares units in order. Units below 256 pack
+ * eight to a word, so the words hold the whole of a typical part number;
+ * where a cell has a larger unit early on, every key packs four to a word.
+ * Only cells that agree that far compare their texts. A sort of a million
+ * part numbers thus moves small keys and seldom chases a string on the heap.
+ */
+struct Key
+{
+    quint64 head[3];
+    int position; // in the rows given, which orders ties
+    int number;   // a number column's value; for text, whether the text is all in head
+};
+
+// Packs the first units of @p text into @p key with @p bits per unit; false
+// when a unit does not fit.
+bool pack(Key& key, QStringView text, int bits)
+{
+    const int perWord = 64 / bits;
+    const qsizetype n = std::min<qsizetype>(text.size(), 3 * perWord);
+    const char16_t* units = text.utf16();
+    char16_t unit[24] = {};
+    char16_t widest = 0;
+    for (qsizetype i = 0; i < n; ++i) {
+        unit[i] = units[i];
+        widest |= units[i];
+    }
+    if (widest >= (1u << bits))
+        return false;
+    for (int w = 0; w < 3; ++w) {
+        quint64 word = 0;
+        for (int u = 0; u < perWord; ++u)
+            word = (word << bits) | unit[w * perWord + u];
+        key.head[w] = word;
+    }
+    key.number = text.size() <= 3 * perWord;
+    return true;
+}
+
+inline int compareHeads(const Key& l, const Key& r)
+{
+    for (int w = 0; w < 3; ++w) {
+        if (l.head[w] != r.head[w])
+            return l.head[w] < r.head[w] ? -1 : 1;
+    }
+    return 0;
+}
+
+// For texts whose heads are equal. Past the end a head holds 0, the same as
+// U+0000, so equal heads that hold both texts whole mean that the shorter
+// is a prefix of the longer; only other ties compare the texts.
+int compareTails(const Key& l, const Key& r, QStringView left, QStringView right)
+{
+    if (l.number && r.number)
+        return left.size() < right.size() ? -1 : (left.size() > right.size() ? 1 : 0);
+    return left.compare(right, Qt::CaseSensitive);
+}
+
+} // namespace
+
+QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int column, Qt::SortOrder order)
+{
+    if (!isColumn(column) || rows.size() < 2)
+        return rows;
+    const auto cell = [&](const Key& k) { return QStringView(chipColumnValue(chips.at(rows.at(k.position)), column)); };
+    const bool text = chipColumnKind(column) == ColumnKind::Text;
+    const bool cutKb = chipColumnKind(column) == ColumnKind::Kilobits;
+    std::vector<Key> keys(size_t(rows.size()));
+    bool narrow = true;
+    for (int i = 0; i < rows.size(); ++i) {
+        Key& key = keys[size_t(i)];
+        key.position = i;
+        const QStringView value(chipColumnValue(chips.at(rows.at(i)), column));
+        if (!text)
+            key.number = numberKey(value, cutKb);
+        else if (narrow)
+            narrow = pack(key, value, 8);
+    }
+    if (text && !narrow) {
+        for (Key& key : keys)
+            pack(key, cell(key), 16);
+    }
+    const auto compare = [&](const Key& l, const Key& r) {
+        if (!text)
+            return l.number < r.number ? -1 : (l.number > r.number ? 1 : 0);
+        const int c = compareHeads(l, r);
+        return c != 0 ? c : compareTails(l, r, cell(l), cell(r));
+    };
+
+    const int direction = order == Qt::AscendingOrder ? 1 : -1;
+    bool inOrder = true;
+    for (size_t i = 1; i < keys.size() && inOrder; ++i)
+        inOrder = direction * compare(keys[i - 1], keys[i]) <= 0;
+    if (inOrder)
+        return rows;
+    // Ties keep their order in the input: its position is the last key, so
+    // a plain (unstable) sort gives the stable order.
+    std::sort(keys.begin(), keys.end(), [&](const Key& l, const Key& r) {
+        const int c = compare(l, r);
+        return c != 0 ? direction * c < 0 : l.position < r.position;
+    });
+    QVector<int> sorted(rows.size());
+    for (size_t i = 0; i < keys.size(); ++i)
+        sorted[int(i)] = rows.at(keys[i].position);
+    return sorted;
 }
 
 } // namespace DEV

@@ -5,7 +5,9 @@
 #include "chipinfo.h"
 #include "device_export.h"
 
+#include <QList>
 #include <QString>
+#include <QVector>
 
 namespace DEV {
 
@@ -63,6 +65,22 @@ DEVICE_EXPORT ColumnKind chipColumnKind(int column);
  * valid as long as @p chip does.
  */
 DEVICE_EXPORT const QString& chipColumnValue(const ChipInfo& chip, int column);
+
+/**
+ * @p rows, positions in @p chips, ordered as the chip table orders its rows
+ * when sorted by @p column: text columns by UTF-16 code units, case
+ * sensitively and without locale; number columns by QString::toInt(); Kb
+ * columns the same after every "Kb" is cut out, so "72Kb" counts 72 while
+ * "64KB" and "2Mb" count 0; an empty or missing count is 0. The order is
+ * stable in both directions: rows with equal cells keep their order in
+ * @p rows. Any @p order other than Qt::AscendingOrder is descending, and a
+ * column outside 0 to 15 leaves @p rows as they are.
+ *
+ * Only positions move: no record is copied. Rows already in order come back
+ * after one look at each cell.
+ */
+DEVICE_EXPORT QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int column,
+                                        Qt::SortOrder order = Qt::AscendingOrder);
 
 /// The number of search groups of ChipFilterBySearch: 0 ("All") and one per column.
 constexpr int SearchGroupCount = ChipColumnCount + 1;

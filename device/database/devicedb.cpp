@@ -2,8 +2,13 @@
 #include "devicedb.h"
 #include "devicedb_p.h"
 
+#include "chipcolumns.h"
+#include "chipsearch.h"
+
 #include <QCoreApplication>
 #include <QMetaType>
+
+#include <numeric>
 
 namespace DEV {
 
@@ -127,6 +132,22 @@ QList<DeviceArg> DeviceDb::allDevice() const
     for (const ChipInfo& chip : chips)
         result.append(DeviceArg(chip));
     return result;
+}
+
+QVector<int> DeviceDb::partNumberOrder() const
+{
+    std::call_once(d->ordered, [this] {
+        QVector<int> all(d->chips.size());
+        std::iota(all.begin(), all.end(), 0);
+        d->partNumberOrder = sortChipRows(d->chips, all, int(ChipColumn::PartNumber));
+    });
+    return d->partNumberOrder;
+}
+
+ChipSearch DeviceDb::preparedSearch() const
+{
+    std::call_once(d->searchPrepared, [this] { d->search = std::make_shared<const ChipSearch>(d->chips); });
+    return *d->search;
 }
 
 } // namespace DEV

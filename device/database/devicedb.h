@@ -7,11 +7,13 @@
 
 #include <QList>
 #include <QString>
+#include <QVector>
 
 #include <memory>
 
 namespace DEV {
 
+class ChipSearch;
 struct ChipFilter;
 struct ChipFilterBySearch;
 
@@ -134,6 +136,20 @@ public:
      * order of @p chips. The database's own list is not consulted.
      */
     QList<ChipInfo> filterChips(const ChipFilterBySearch& filter, const QList<ChipInfo>& chips) const;
+
+    /**
+     * The positions in allChipInfo() in the order in which the chip table
+     * sorts its first column: part number ascending, ties in database order.
+     * Computed on the first call, once for the database, and shared by every
+     * later caller, every selector of the database among them.
+     */
+    QVector<int> partNumberOrder() const;
+
+    /**
+     * A search prepared over allChipInfo() (see ChipSearch), built on the
+     * first call, once for the database, and shared by every later caller.
+     */
+    ChipSearch preparedSearch() const;
 
 private:
     std::unique_ptr<pimpl::DeviceDbPrivate> d;

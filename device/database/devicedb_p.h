@@ -15,6 +15,10 @@
 
 #include <QList>
 #include <QString>
+#include <QVector>
+
+#include <memory>
+#include <mutex>
 
 namespace DEV {
 namespace pimpl {
@@ -31,6 +35,11 @@ public:
 
     QList<ChipInfo> chips;
     DeviceDb::LoadReport report;
+    // Built on first use and shared; the database never changes after loading.
+    std::once_flag ordered;
+    QVector<int> partNumberOrder;
+    std::once_flag searchPrepared;
+    std::shared_ptr<const ChipSearch> search;
 };
 
 } // namespace pimpl

@@ -4,12 +4,10 @@
 #include "chipcolumns.h"
 #include "search_p.h"
 
-#include <QByteArray>
-
+#include <algorithm>
 #include <cstring>
 #include <mutex>
 #include <utility>
-#include <vector>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -19,93 +17,65 @@ namespace DEV {
 
 namespace {
 
-/*
- * The folded values of a stretch of chips, one segment per chip: each value
- * it has, lower-cased, followed by a NUL. A pattern without NUL can then
- * match inside one value only, as searching the values one by one would.
- * A chip with a letter beyond ASCII gets an empty segment and is listed
- * apart: Unicode case folding is more than lower-casing A to Z.
- */
-struct Stretch
-{
-    int first = 0;              // position of the stretch's first chip in the list
-    QByteArray text;            // the segments, one after the other
-    std::vector<quint32> ends;  // where each chip's segment ends in text
-    std::vector<int> unfolded;  // positions in the list of chips decided one by one
-};
-
 // ASCII's capitals in lower case; other units below 0x80 as they are.
 inline char folded(ushort u)
 {
     return char(u + (ushort(u - 'A') < 26 ? 32 : 0));
 }
 
-// Writes @p value folded and a NUL at @p out; returns the end, and in @p wide
-// whether any unit lay beyond ASCII.
-char* writeFolded(char* out, const QString& value, ushort& wide)
+/*
+ * What an all-column search reads of a chip, in two parts: the values that
+ * every chip of one device identifier shares, which neighbours in a
+ * catalogue have in common and which are therefore folded and decided once
+ * for a run of such chips, and the chip's own.
+ */
+enum class Part { Device, Own };
+
+// Equal texts; neighbours' shared values lie at one place, which settles it at once.
+inline bool same(const QString& a, const QString& b)
 {
-    const ushort* units = reinterpret_cast<const ushort*>(value.constData());
-    for (qsizetype i = 0, n = value.size(); i < n; ++i) {
-        const ushort u = units[i];
-        wide |= u;
-        *out++ = folded(u);
-    }
-    *out++ = '\0';
-    return out;
+    return a.size() == b.size() && (a.constData() == b.constData() || a == b);
 }
 
-// Appends the segment of @p chip to @p text; false, appending nothing, if a
-// value holds a letter beyond ASCII.
-bool appendChip(QByteArray& text, const ChipInfo& chip)
+bool sameDeviceValues(const ChipInfo& a, const ChipInfo& b)
 {
-    qsizetype size = 0;
-    for (QString ChipInfo::*value : pimpl::AllGroupTexts)
-        size += (chip.*value).size() + 1;
+    if (!same(a.series, b.series) || !same(a.matchKey, b.matchKey) || !same(a.device, b.device)
+        || !same(a.package, b.package) || !same(a.auxiliary, b.auxiliary) || a.resources.size() != b.resources.size())
+        return false;
+    for (int i = 0; i < a.resources.size(); ++i) {
+        if (!same(a.resources.at(i), b.resources.at(i)))
+            return false;
+    }
+    return true;
+}
+
+template <typename Visit>
+void visitPart(const ChipInfo& chip, Part part, Visit visit)
+{
+    if (part == Part::Own) {
+        visit(chip.partNumber);
+        visit(chip.voltage);
+        return;
+    }
+    for (const QString* value : {&chip.series, &chip.matchKey, &chip.device, &chip.package, &chip.auxiliary})
+        visit(*value);
     for (const QString& count : chip.resources)
-        size += count.size() + 1;
-    const qsizetype start = text.size();
-    text.resize(start + size);
-    char* out = text.data() + start;
-    ushort wide = 0;
-    // Empty values are left out: no pattern the text serves is found in them.
-    for (QString ChipInfo::*value : pimpl::AllGroupTexts) {
-        if (!(chip.*value).isEmpty())
-            out = writeFolded(out, chip.*value, wide);
-    }
-    for (const QString& count : chip.resources) {
-        if (!count.isEmpty())
-            out = writeFolded(out, count, wide);
-    }
-    text.resize(wide >= 0x80 ? start : out - text.constData());
-    return wide < 0x80;
-}
-
-Stretch prepare(const QList<ChipInfo>& chips, int from, int to)
-{
-    Stretch stretch;
-    stretch.first = from;
-    stretch.ends.reserve(size_t(to - from));
-    for (int i = from; i < to; ++i) {
-        if (!appendChip(stretch.text, chips.at(i)))
-            stretch.unfolded.push_back(i);
-        stretch.ends.push_back(quint32(stretch.text.size()));
-    }
-    stretch.text.squeeze();
-    return stretch;
+        visit(count);
 }
 
 constexpr size_t NotFound = size_t(-1);
 
-// The first position at or after @p from where @p needle (m >= 1 bytes) starts in @p text, or NotFound.
-size_t find(const char* text, size_t size, size_t from, const char* needle, size_t m)
+// The first position where @p needle (m >= 1 bytes) starts in @p text, or NotFound.
+size_t find(const char* text, size_t size, const char* needle, size_t m)
 {
     if (m > size)
         return NotFound;
     const size_t last = size - m; // the last position a match may start at
-    size_t i = from;
+    size_t i = 0;
 #if defined(__SSE2__)
     // Sixteen positions at a time, where both the needle's first and its
-    // last byte stand; only those are compared in full.
+    // last byte stand; only those are compared in full. Both loads end
+    // within the text: the second at i + 15 + m - 1 <= last + m - 1.
     const __m128i head = _mm_set1_epi8(needle[0]);
     const __m128i tail = _mm_set1_epi8(needle[m - 1]);
     for (; i + 15 <= last; i += 16) {
@@ -127,27 +97,109 @@ size_t find(const char* text, size_t size, size_t from, const char* needle, size
     return NotFound;
 }
 
-// Sets verdicts[i] for the chips of @p stretch whose segment holds @p needle.
-void scan(const Stretch& stretch, const QByteArray& needle, std::vector<char>& verdicts)
+/*
+ * Folded texts, one segment after another: each value lower-cased and
+ * followed by a NUL, so that a pattern without NUL matches inside one value
+ * only, as searching the values one by one would. Empty values are left out:
+ * no pattern that folded text serves is found in them.
+ */
+struct Segments
 {
-    const char* text = stretch.text.constData();
-    const size_t size = size_t(stretch.text.size());
-    size_t chip = 0;
-    for (size_t at = 0;;) {
-        at = find(text, size, at, needle.constData(), size_t(needle.size()));
-        if (at == NotFound)
-            return;
-        while (stretch.ends[chip] <= at)
-            ++chip;
-        verdicts[size_t(stretch.first) + chip] = 1;
-        // The rest of this chip's segment cannot change its verdict.
-        at = stretch.ends[chip];
-        ++chip;
-    }
-}
+    std::vector<char> text;
+    std::vector<quint32> ends;
 
-// The pattern as the prepared text can answer it, folded; empty when it cannot.
-QByteArray foldedNeedle(const ChipFilterBySearch& filter)
+    /*
+     * Appends the segment of @p part of @p chip; false, appending nothing,
+     * when a value holds a unit beyond ASCII: Unicode case folding is more
+     * than lower-casing A to Z, so such chips are decided the plain way.
+     */
+    bool append(const ChipInfo& chip, Part part)
+    {
+        qsizetype size = 0;
+        visitPart(chip, part, [&size](const QString& value) { size += value.size() + 1; });
+        const size_t start = text.size();
+        text.resize(start + size_t(size));
+        char* out = text.data() + start;
+        ushort wide = 0;
+        visitPart(chip, part, [&](const QString& value) {
+            if (value.isEmpty())
+                return;
+            const auto* units = reinterpret_cast<const ushort*>(value.constData());
+            for (qsizetype i = 0, n = value.size(); i < n; ++i) {
+                wide |= units[i];
+                *out++ = folded(units[i]);
+            }
+            *out++ = '\0';
+        });
+        text.resize(wide < 0x80 ? size_t(out - text.data()) : start);
+        if (wide < 0x80)
+            ends.push_back(quint32(text.size()));
+        return wide < 0x80;
+    }
+
+    bool holds(size_t i, const QByteArray& needle) const
+    {
+        const size_t start = i == 0 ? 0 : ends[i - 1];
+        return find(text.data() + start, ends[i] - start, needle.constData(), size_t(needle.size()))
+            != NotFound;
+    }
+
+    // Sets found[i] for every segment i that holds the needle.
+    void scan(const QByteArray& needle, char* found) const
+    {
+        const char* begin = text.data();
+        const size_t size = size_t(text.size());
+        size_t i = 0;
+        for (size_t at = 0;;) {
+            const size_t hit = find(begin + at, size - at, needle.constData(), size_t(needle.size()));
+            if (hit == NotFound)
+                return;
+            at += hit;
+            while (ends[i] <= at)
+                ++i;
+            found[i] = 1;
+            // The rest of this segment cannot change its verdict.
+            at = ends[i++];
+        }
+    }
+};
+
+/*
+ * The folded text of a stretch of positions: the device values once for
+ * each run of neighbours that share them (a group), the chip's own values
+ * for every chip. Chips with units beyond ASCII are listed apart.
+ */
+struct Stretch
+{
+    int first = 0;
+    Segments devices;
+    Segments own; // one segment per position, empty for those listed apart
+    std::vector<int> groupOf; // per position: its segment in devices, or -1
+    std::vector<int> unfolded; // ascending
+
+    void add(int k, const ChipInfo& chip, const ChipInfo* previous)
+    {
+        int group = -1;
+        if (previous && !groupOf.empty() && groupOf.back() >= 0 && sameDeviceValues(chip, *previous))
+            group = groupOf.back();
+        else if (devices.append(chip, Part::Device))
+            group = int(devices.ends.size()) - 1;
+        const size_t before = own.ends.size();
+        if (group < 0 || !own.append(chip, Part::Own)) {
+            unfolded.push_back(k);
+            group = -1;
+        }
+        if (own.ends.size() == before)
+            own.ends.push_back(quint32(own.text.size()));
+        groupOf.push_back(group);
+    }
+
+    bool holds(int k) const { return k >= first && k - first < int(groupOf.size()); }
+};
+
+} // namespace
+
+QByteArray pimpl::foldedNeedle(const ChipFilterBySearch& filter)
 {
     const bool anywhere = filter.patternSyntax < 0 || filter.patternSyntax > 2;
     // The empty pattern is found in every value, empty ones too, and "0"
@@ -156,7 +208,6 @@ QByteArray foldedNeedle(const ChipFilterBySearch& filter)
         || filter.pattern == QLatin1String("0"))
         return QByteArray();
     QByteArray needle;
-    needle.reserve(int(filter.pattern.size()));
     for (const QChar c : filter.pattern) {
         if (c.unicode() >= 0x80 || c.isNull())
             return QByteArray();
@@ -165,14 +216,150 @@ QByteArray foldedNeedle(const ChipFilterBySearch& filter)
     return needle;
 }
 
-} // namespace
+QVector<int> pimpl::foldedRows(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter,
+                               const QByteArray& needle)
+{
+    std::vector<char> verdicts(size_t(chips.size()), 0);
+    std::vector<int> plain[2];
+    inHalves(int(chips.size()), [&](int from, int to) {
+        // Each chip is folded as it is reached, its device values only when
+        // they differ from the chip's before.
+        Segments device, own;
+        bool deviceHolds = false;
+        for (int k = from; k < to; ++k) {
+            const ChipInfo& chip = chips.at(k);
+            if (k == from || device.ends.empty() || !sameDeviceValues(chip, chips.at(k - 1))) {
+                device.text.clear();
+                device.ends.clear();
+                deviceHolds = device.append(chip, Part::Device) && device.holds(0, needle);
+            }
+            // A match in the device values settles the chip whatever its own hold.
+            own.text.clear();
+            own.ends.clear();
+            if (deviceHolds)
+                verdicts[size_t(k)] = 1;
+            else if (device.ends.empty() || !own.append(chip, Part::Own))
+                plain[from == 0 ? 0 : 1].push_back(k);
+            else
+                verdicts[size_t(k)] = own.holds(0, needle) ? 1 : 0;
+        }
+    });
+    for (const std::vector<int>& rows : plain) {
+        std::vector<char> wide(rows.size(), 0);
+        decidePlainly(int(rows.size()), [&](int k) -> const ChipInfo& { return chips.at(rows[size_t(k)]); }, filter,
+                      wide);
+        for (size_t k = 0; k < rows.size(); ++k)
+            verdicts[size_t(rows[k])] = wide[k];
+    }
+    return rowsOf(verdicts);
+}
 
 class ChipSearch::Private
 {
 public:
     QList<ChipInfo> chips;
-    std::vector<Stretch> stretches;
+    int size = 0;
+    std::vector<Stretch> stretches; // by position
     int unfolded = 0;
+
+    const ChipInfo& chipAt(int k) const { return chips.at(k); }
+
+    void prepare()
+    {
+        std::mutex done;
+        pimpl::inHalves(size, [&](int from, int to) {
+            Stretch stretch;
+            stretch.first = from;
+            stretch.groupOf.reserve(size_t(to - from));
+            stretch.own.ends.reserve(size_t(to - from));
+            for (int k = from; k < to; ++k) {
+                    stretch.add(k, chipAt(k), k > from ? &chipAt(k - 1) : nullptr);
+            }
+            stretch.own.text.shrink_to_fit();
+            stretch.devices.text.shrink_to_fit();
+            const std::lock_guard<std::mutex> lock(done);
+            unfolded += int(stretch.unfolded.size());
+            stretches.push_back(std::move(stretch));
+        });
+        std::sort(stretches.begin(), stretches.end(), [](const Stretch& l, const Stretch& r) { return l.first < r.first; });
+    }
+
+    // Sets verdicts[i] for the position among[i] (or i itself without among).
+    void decide(const ChipFilterBySearch& filter, const QVector<int>* among, std::vector<char>& verdicts) const
+    {
+        const int n = among ? int(among->size()) : size;
+        const auto position = [among](int i) { return among ? among->at(i) : i; };
+        const QByteArray needle = pimpl::foldedNeedle(filter);
+        // Where many chips need deciding one by one, the plain way, which
+        // prepares the pattern once for all of them, is the quicker one.
+        if (needle.isEmpty() || unfolded * 16 > size) {
+            pimpl::decidePlainly(n, [&](int i) -> const ChipInfo& { return chipAt(position(i)); }, filter, verdicts);
+            return;
+        }
+        std::vector<char> all;
+        if (!among || among->size() * 2 > size) {
+            // Many candidates: one pass over all the text is quicker than
+            // visiting their segments one by one.
+            all.assign(size_t(size), 0);
+            pimpl::inHalves(size, [&](int from, int) {
+                for (const Stretch& stretch : stretches) {
+                    if (stretch.first != from)
+                        continue;
+                    std::vector<char> groups(stretch.devices.ends.size(), 0);
+                    stretch.devices.scan(needle, groups.data());
+                    char* verdicts = all.data() + from;
+                    size_t undecided = 0;
+                    for (size_t i = 0; i < stretch.groupOf.size(); ++i) {
+                        verdicts[i] = stretch.groupOf[i] >= 0 ? groups[size_t(stretch.groupOf[i])] : 0;
+                        undecided += verdicts[i] ? 0 : 1;
+                    }
+                    // A short pattern is often in the device values of most
+                    // chips; then only the others' own values are looked at.
+                    if (undecided * 4 > stretch.groupOf.size()) {
+                        stretch.own.scan(needle, verdicts);
+                    } else {
+                        for (size_t i = 0; i < stretch.groupOf.size(); ++i) {
+                            if (!verdicts[i])
+                                verdicts[i] = stretch.own.holds(i, needle) ? 1 : 0;
+                        }
+                    }
+                }
+            });
+            for (const Stretch& stretch : stretches) {
+                for (int k : stretch.unfolded)
+                    all[size_t(k)] = matchFilter(chipAt(k), filter) ? 1 : 0;
+            }
+            if (!among) {
+                verdicts.swap(all);
+                return;
+            }
+        }
+        pimpl::inHalves(n, [&](int from, int to) {
+            // Each group is decided once, when its first candidate is reached.
+            std::vector<std::vector<char>> groups(stretches.size());
+            for (int i = from; i < to; ++i) {
+                const int k = position(i);
+                if (!all.empty()) {
+                    verdicts[size_t(i)] = all[size_t(k)];
+                    continue;
+                }
+                const size_t s = stretches.back().holds(k) ? stretches.size() - 1 : 0;
+                const Stretch& stretch = stretches[s];
+                const int group = stretch.groupOf[size_t(k - stretch.first)];
+                if (group < 0) {
+                    verdicts[size_t(i)] = matchFilter(chipAt(k), filter) ? 1 : 0;
+                    continue;
+                }
+                std::vector<char>& known = groups[s];
+                if (known.empty())
+                    known.assign(stretch.devices.ends.size(), 0);
+                char& verdict = known[size_t(group)];
+                if (verdict == 0)
+                    verdict = stretch.devices.holds(size_t(group), needle) ? 2 : 1;
+                verdicts[size_t(i)] = verdict == 2 || stretch.own.holds(size_t(k - stretch.first), needle) ? 1 : 0;
+            }
+        });
+    }
 };
 
 ChipSearch::ChipSearch()
@@ -184,14 +371,8 @@ ChipSearch::ChipSearch(const QList<ChipInfo>& chips)
 {
     auto p = std::make_shared<Private>();
     p->chips = chips;
-    std::mutex done;
-    pimpl::inHalves(int(chips.size()), [&](int from, int to) {
-        Stretch stretch = prepare(p->chips, from, to);
-        const std::lock_guard<std::mutex> lock(done);
-        p->stretches.push_back(std::move(stretch));
-    });
-    for (const Stretch& stretch : p->stretches)
-        p->unfolded += int(stretch.unfolded.size());
+    p->size = int(chips.size());
+    p->prepare();
     d = std::move(p);
 }
 
@@ -206,25 +387,27 @@ QList<ChipInfo> ChipSearch::chips() const
 
 QVector<int> ChipSearch::filterRows(const ChipFilterBySearch& filter) const
 {
-    const QByteArray needle = foldedNeedle(filter);
-    // Where many chips need deciding one by one, the ordinary search, which
-    // prepares the pattern once for all of them, is the quicker way.
-    if (needle.isEmpty() || d->unfolded * 16 > d->chips.size())
-        return DEV::filterRows(d->chips, filter);
-
-    std::vector<char> verdicts(size_t(d->chips.size()), 0);
-    // The stretches were prepared as the halves are cut here.
-    pimpl::inHalves(int(d->chips.size()), [&](int from, int to) {
-        for (const Stretch& stretch : d->stretches) {
-            if (stretch.first >= from && stretch.first < to)
-                scan(stretch, needle, verdicts);
-        }
-    });
-    for (const Stretch& stretch : d->stretches) {
-        for (int i : stretch.unfolded)
-            verdicts[size_t(i)] = matchFilter(d->chips.at(i), filter) ? 1 : 0;
-    }
+    std::vector<char> verdicts(size_t(d->size), 0);
+    d->decide(filter, nullptr, verdicts);
     return pimpl::rowsOf(verdicts);
+}
+
+QVector<int> ChipSearch::filterRows(const ChipFilterBySearch& filter, const QVector<int>& among) const
+{
+    QVector<int> candidates;
+    candidates.reserve(among.size());
+    for (int k : among) {
+        if (k >= 0 && k < d->size)
+            candidates.append(k);
+    }
+    std::vector<char> verdicts(size_t(candidates.size()), 0);
+    d->decide(filter, &candidates, verdicts);
+    QVector<int> hits;
+    for (int i = 0; i < candidates.size(); ++i) {
+        if (verdicts[size_t(i)])
+            hits.append(candidates.at(i));
+    }
+    return hits;
 }
 
 QList<ChipInfo> ChipSearch::filterChips(const ChipFilterBySearch& filter) const

@@ -44,6 +44,11 @@ namespace DEV {
  * const QVector<int> rows = search.filterRows(filter);
  * @endcode
  *
+ * Repeated searches that narrow a result, as each key typed after the last
+ * does, pass the previous hits to filterRows(const ChipFilterBySearch&,
+ * const QVector<int>&) and look at nothing else. DeviceDb::preparedSearch()
+ * is a search prepared once over the whole database.
+ *
  * Copies share the prepared text. All member functions are const and may be
  * called from several threads at once.
  */
@@ -65,6 +70,13 @@ public:
 
     /// The positions in chips() of the chips that match @p filter, in ascending order.
     QVector<int> filterRows(const ChipFilterBySearch& filter) const;
+
+    /**
+     * Of the positions @p among in chips() (ascending), those whose chip
+     * matches @p filter, in their order: only those chips are looked at.
+     * Positions outside chips() are left out.
+     */
+    QVector<int> filterRows(const ChipFilterBySearch& filter, const QVector<int>& among) const;
 
     /// The chips that match @p filter, in their order.
     QList<ChipInfo> filterChips(const ChipFilterBySearch& filter) const;

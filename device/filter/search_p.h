@@ -10,8 +10,10 @@
 // version without notice.
 //
 
+#include "chipfilter.h"
 #include "chipinfo.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QVector>
 
@@ -53,14 +55,22 @@ void inHalves(int n, Work work)
         second.join();
 }
 
-/// The texts that a search of every column reads besides the resource
-/// counts: first those all chips of one device share, then the chip's own.
-constexpr QString ChipInfo::* const AllGroupTexts[] = {&ChipInfo::series,    &ChipInfo::matchKey,
-                                                       &ChipInfo::device,    &ChipInfo::package,
-                                                       &ChipInfo::auxiliary, &ChipInfo::partNumber,
-                                                       &ChipInfo::voltage};
+using ChipAt = std::function<const ChipInfo&(int)>;
 
-/// The positions i where @p verdicts[i] is set, ascending.
+/// Sets verdicts[k] for k in [0, n) to whether chipAt(k) matches @p filter
+/// as matchFilter() decides: the definition, which every faster way must
+/// agree with.
+void decidePlainly(int n, const ChipAt& chipAt, const ChipFilterBySearch& filter, std::vector<char>& verdicts);
+
+/// The pattern of @p filter folded as prepared texts are, or empty when such
+/// a text cannot answer the search (see ChipSearch).
+QByteArray foldedNeedle(const ChipFilterBySearch& filter);
+
+/// The positions in @p chips of those that hold @p needle (from
+/// foldedNeedle()), each chip folded as it is reached.
+QVector<int> foldedRows(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter, const QByteArray& needle);
+
+/// The positions k where @p verdicts[k] is set, ascending.
 QVector<int> rowsOf(const std::vector<char>& verdicts);
 
 /// The chips of @p chips at @p rows, in that order; @p chips itself, copying

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "deviceselector.h"
 
+#include "chipcolumns.h"
 #include "chipfilter.h"
 #include "chipinfotablemodel.h"
 #include "chiprequirements.h"
+#include "chipsearch.h"
 #include "devicedb.h"
 #include "requirementsrow_p.h"
 #include "searchlineedit.h"
@@ -20,13 +22,16 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QScreen>
-#include <QSet>
+#include <QHash>
 #include <QStyledItemDelegate>
 #include <QTimer>
 #include <QToolTip>
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
+#include <future>
+#include <system_error>
 #include <tuple>
 
 namespace DEV {
@@ -51,8 +56,14 @@ class DistinctValues
 public:
     void add(const QString& value)
     {
-        if (!m_seen.contains(value)) {
-            m_seen.insert(value);
+        // Chips of one device stand together and share their values:
+        // comparing with the last value spares most hash look-ups.
+        if (m_last >= 0 && equal(value, m_values.at(m_last)))
+            return;
+        const auto seen = m_seen.constFind(value);
+        m_last = seen != m_seen.constEnd() ? seen.value() : int(m_values.size());
+        if (seen == m_seen.constEnd()) {
+            m_seen.insert(value, m_last);
             m_values.append(value);
         }
     }
@@ -79,8 +90,14 @@ private:
         return m_values;
     }
 
-    QSet<QString> m_seen;
+    static bool equal(const QString& a, const QString& b)
+    {
+        return a.size() == b.size() && std::memcmp(a.constData(), b.constData(), size_t(a.size()) * sizeof(QChar)) == 0;
+    }
+
+    QHash<QString, int> m_seen; // where in m_values
     QStringList m_values;
+    int m_last = -1; // in m_values
 };
 
 /*
@@ -206,26 +223,41 @@ constexpr quint32 SelectorStateMagic = 0x44455331;
 } // namespace
 
 /*
- * The chips that pass the combo boxes, already in the table's default order
- * (part number ascending). Every rebuild shows them sorted that way and
- * every keystroke searches them again; kept sorted, the search result comes
- * out in order and the table's sort finds nothing to move.
+ * The selector shows and searches positions in the database's list: the
+ * base (what the boxes and the minimums leave) and each search's hits are
+ * kept in database order, as the database's prepared search answers, and
+ * shown in the table's first order (part number ascending), which the
+ * database computes once for every selector. The table's sort right after
+ * then finds nothing to move, and no record is ever copied.
  */
 namespace {
 
-struct SortedBase
+// One search of the field and its hits. While the user types on, each
+// pattern extends the one before and its hits are among the earlier ones.
+struct SearchStep
 {
-    ChipFilter filter;
-    QList<ChipInfo> chips;
-    bool valid = false;
+    ChipFilterBySearch search;
+    QVector<int> hits;
 };
+
+// Enough steps for a part number's worth of Backspace without searching again.
+constexpr int KeptSteps = 8;
 
 } // namespace
 
 struct DeviceSelector::Private
 {
-    /// The combo boxes' last result in part-number order, kept for the search.
-    SortedBase sortedBase;
+    QList<ChipInfo> all;
+    ChipSearch search;
+    /// Positions in all in part-number order.
+    QVector<int> order;
+    /// The boxes and minimums the base was made for, and the base itself
+    /// (positions in all, ascending); every chip when baseIsAll.
+    ChipFilter baseFilter;
+    QVector<int> base;
+    bool baseIsAll = true;
+    bool baseValid = false;
+    std::vector<SearchStep> steps;
     /// The last chip reported; empty after the choice was voided.
     ChipInfo chosen;
     /// Set while the selection a sort dropped is put back: the choice is unchanged, so nobody is told.
@@ -234,6 +266,24 @@ struct DeviceSelector::Private
     pimpl::RequirementsRow* requirementsRow = nullptr;
     /// The minimums the table and the boxes apply now.
     ChipRequirements applied;
+
+    // @p positions (in all, ascending) in part-number order: one pass over
+    // the order, whatever their number.
+    QVector<int> inTableOrder(const QVector<int>& positions) const
+    {
+        if (positions.size() == all.size())
+            return order;
+        std::vector<char> shown(size_t(all.size()), 0);
+        for (int k : positions)
+            shown[size_t(k)] = 1;
+        QVector<int> rows;
+        rows.reserve(positions.size());
+        for (int k : order) {
+            if (shown[size_t(k)])
+                rows.append(k);
+        }
+        return rows;
+    }
 };
 
 namespace {
@@ -263,6 +313,17 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     , d(new Private)
 {
     ui->setupUi(this);
+    d->all = db->allChipInfo();
+    // Both are the database's, made once for all its selectors: the first
+    // selector has them made at the same time.
+    try {
+        auto order = std::async(std::launch::async, [db] { return db->partNumberOrder(); });
+        d->search = db->preparedSearch();
+        d->order = order.get();
+    } catch (const std::system_error&) {
+        d->search = db->preparedSearch();
+        d->order = db->partNumberOrder();
+    }
 
     searchEdit = new SearchLineEdit(this);
     ui->SerarchLayout->insertWidget(1, searchEdit, 0);
@@ -326,7 +387,7 @@ void DeviceSelector::onSeriesChanged()
     DistinctValues versions;
     const QList<ChipInfo> chips = chipsOfCascade();
     for (const ChipInfo& chip : chips) {
-        if (chip.series != series && !anySeries)
+        if (!anySeries && chip.series != series)
             continue;
         devices.add(chip.device);
         packages.add(chip.package);
@@ -401,18 +462,6 @@ ChipFilter filterFromBoxes(const Ui_DeviceSelector& ui)
     return filter;
 }
 
-// In the table's first order, so that a search over it keeps that order and
-// the table's own sort right after finds nothing to move.
-QList<ChipInfo> sortedByPartNumber(QList<ChipInfo> chips)
-{
-    ChipInfoTableModel sorter;
-    sorter.setChipInfoList(chips);
-    // With the sorter's copy the only one left, it sorts in place.
-    chips.clear();
-    sorter.sort(0, Qt::AscendingOrder);
-    return sorter.chipInfoList();
-}
-
 } // namespace
 
 void DeviceSelector::filter()
@@ -423,12 +472,26 @@ void DeviceSelector::filter()
         return;
     }
 
-    model->setChipInfoList(chipsOfBoxes());
+    updateBase();
+    model->setChipInfoList(d->all, d->baseIsAll ? d->order : d->inTableOrder(d->base), int(ChipColumn::PartNumber));
     ui->tableView->scrollToTop();
     // Whatever was chosen is gone with the old list.
     Q_EMIT selectedDeviceChanged(DeviceArg());
     ui->tableView->sortByColumn(0, Qt::AscendingOrder);
 }
+
+namespace {
+
+// Whether every chip that @p next finds is among those @p previous found:
+// the same options, and a pattern found anywhere that extends the last one.
+bool narrows(const ChipFilterBySearch& next, const ChipFilterBySearch& previous)
+{
+    const bool anywhere = next.patternSyntax < 0 || next.patternSyntax > 2;
+    return anywhere && next.patternSyntax == previous.patternSyntax && next.group == previous.group
+        && next.caseSensitive == previous.caseSensitive && next.pattern.startsWith(previous.pattern);
+}
+
+} // namespace
 
 void DeviceSelector::filterBySearch()
 {
@@ -453,27 +516,46 @@ void DeviceSelector::filterBySearch()
     search.caseSensitive = searchEdit->caseSensitiveAction->isChecked();
     search.pattern = searchEdit->text();
 
-    const QList<ChipInfo> base = chipsOfBoxes();
-    QList<ChipInfo> result;
-    if (!search.pattern.isEmpty()) {
-        result = db->filterChips(search, base);
-        model->setChipInfoList(result);
-        ui->tableView->scrollToTop();
+    updateBase();
+    // Typing on searches the last hits only; Backspace goes back to them.
+    std::vector<SearchStep>& steps = d->steps;
+    while (!steps.empty() && !narrows(search, steps.back().search))
+        steps.pop_back();
+    if (steps.empty() || steps.back().search.pattern != search.pattern) {
+        QVector<int> hits;
+        if (!steps.empty())
+            hits = d->search.filterRows(search, steps.back().hits);
+        else
+            hits = d->baseIsAll ? d->search.filterRows(search) : d->search.filterRows(search, d->base);
+        if (steps.size() == size_t(KeptSteps))
+            steps.erase(steps.begin());
+        steps.push_back({search, hits});
     }
-    ui->matchCountLabel->setText(tr("(%1 matches)").arg(result.size()));
+    const QVector<int>& hits = steps.back().hits;
+    model->setChipInfoList(d->all, d->inTableOrder(hits), int(ChipColumn::PartNumber));
+    ui->tableView->scrollToTop();
+    ui->matchCountLabel->setText(tr("(%1 matches)").arg(hits.size()));
     Q_EMIT selectedDeviceChanged(DeviceArg());
     ui->tableView->sortByColumn(0, Qt::AscendingOrder);
 }
 
-const QList<ChipInfo>& DeviceSelector::chipsOfBoxes()
+void DeviceSelector::updateBase()
 {
     const ChipFilter filter = filterFromBoxes(*ui);
-    if (!d->sortedBase.valid || !sameFilter(d->sortedBase.filter, filter)) {
-        d->sortedBase.chips = sortedByPartNumber(DEV::filterChips(db->filterChips(filter), d->applied));
-        d->sortedBase.filter = filter;
-        d->sortedBase.valid = true;
+    if (d->baseValid && sameFilter(d->baseFilter, filter))
+        return;
+    d->baseFilter = filter;
+    d->baseValid = true;
+    d->steps.clear();
+    d->baseIsAll = sameFilter(filter, ChipFilter()) && d->applied.isEmpty();
+    d->base.clear();
+    if (d->baseIsAll)
+        return;
+    for (int k = 0; k < d->all.size(); ++k) {
+        const ChipInfo& chip = d->all.at(k);
+        if (matchFilter(chip, filter) && matchFilter(chip, d->applied))
+            d->base.append(k);
     }
-    return d->sortedBase.chips;
 }
 
 void DeviceSelector::onIndexSelected()
@@ -753,7 +835,7 @@ void DeviceSelector::applyRequirements()
     if (wanted.minimum == d->applied.minimum)
         return;
     d->applied = wanted;
-    d->sortedBase.valid = false;
+    d->baseValid = false;
 
     // The boxes list what the minimums leave. Each keeps its choice while
     // that is still listed and else falls back to "Any", so that clearing

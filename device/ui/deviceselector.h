@@ -150,7 +150,7 @@ private:
     struct Private;
     std::unique_ptr<Private> d;
 
-    const QList<ChipInfo>& chipsOfBoxes();
+    void updateBase();
     QList<ChipInfo> chipsOfCascade() const;
     void setUpRequirements();
     void applyRequirements();
