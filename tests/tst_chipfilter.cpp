@@ -153,6 +153,73 @@ private Q_SLOTS:
         QCOMPARE(needs.minimumOf(DEV::ChipColumnCount), DEV::ChipRequirements::Unset);
     }
 
+    // The chips of a series in a package, by every resource in column order as numbers, then by part number. The
+    // part number picks the record (of a shared one, the record with the id asked for, else the first) whose series
+    // and package count. "id/part number[/series/package]" asked for, the ids expected.
+    void samePackage_data()
+    {
+        QTest::addColumn<L>("asked");
+        QTest::addColumn<QString>("expected");
+        const QString p1 = "c-1 z-1 a-2 a-1 b-1";
+        QTest::newRow("IO, LUT as a number, FF, then part number") << L{"a-1", "PA-C6"} << p1;
+        QTest::newRow("any chip of the package gives the same list") << L{"b-1", "PB"} << p1;
+        QTest::newRow("another package of the series") << L{"d-1", "PD"} << "d-1";
+        QTest::newRow("stale record: the database's series and package") << L{"d-1", "PD", "S2", "P1"} << "d-1";
+        QTest::newRow("no package: only chips without one") << L{"e-1", "PE"} << "e-2 e-1";
+        QTest::newRow("shared part number: the record with the id") << L{"m-2", "PM"} << "m-2 q-1";
+        QTest::newRow("shared part number, id unknown: the first") << L{"zz", "PM"} << "m-1";
+        QTest::newRow("unknown part number") << L{"a-1", "PX"} << "";
+        QTest::newRow("no chip") << L{"", ""} << "";
+    }
+    void samePackage()
+    {
+        QFETCH(L, asked);
+        QFETCH(QString, expected);
+        const auto db = m_files.load("c-1,PC,S1,k,D3,,P1,1.0V,C6,,8,9000,9000\na-1,PA-C6,S1,k,D1,,P1,1.0V,C6,,10,900,300\n"
+                                     "b-1,PB,S1,k,D2,A,P1,1.0V,C6,,10,1000,100\na-2,PA-C5,S1,k,D1,,P1,1.0V,C5,,10,900,300\n"
+                                     "z-1,PZ,S1,k,D1,,P1,1.0V,C6,,10,900,200\nx-1,PX1,S2,k,DX,,P1,1.0V,C6,,1,1,1\n"
+                                     "d-1,PD,S1,k,D1,,P2,1.0V,C6,,1,1,1\ne-1,PE,S1,k,D4,,,1.0V,C6,,5\n"
+                                     "e-2,PE2,S1,k,D5,,,1.0V,C6,,4\nn-1,,S1,k,D6,,P9,1.0V,C6,,4\nq-1,PQ,S3,k,DQ,,P4,1.0V,C6,,9\n"
+                                     "m-2,PM,S3,k,DM,A,P4,1.0V,C6,,8\nm-1,PM,S3,k,DM,B,P3,1.0V,C6,,8\n");
+        ChipInfo chip;
+        chip.deviceId = asked.at(0);
+        chip.partNumber = asked.at(1);
+        chip.series = asked.value(2);
+        chip.package = asked.value(3);
+        QCOMPARE(TestHelpers::ids(db->samePackage(chip)).join(' '), expected);
+    }
+
+    // The bundled catalogue: ZR1L in LQ100 (ZR1N has the package too), where User Flash tells 96Kb from 608Kb; and
+    // for every chip, exactly the part numbers of its series and package as the file's lines have them.
+    void samePackageOnBundledCatalogue()
+    {
+        const DEV::DeviceDb* db = DEV::DeviceDb::instance();
+        const auto partNumbers = [db](const ChipInfo& chip) {
+            L pns;
+            for (const ChipInfo& c : db->samePackage(chip))
+                pns << c.partNumber;
+            return pns;
+        };
+        const L lq100{"ZR1L2A-MVLQ100C4/I3", "ZR1L2A-MVLQ100C5/I4", "ZR1L2A-UVLQ100C4/I3", "ZR1L2A-UVLQ100C5/I4",
+                      "ZR1L2-MVLQ100C4/I3",  "ZR1L2-MVLQ100C5/I4",  "ZR1L2-UVLQ100C4/I3",  "ZR1L2-UVLQ100C5/I4",
+                      "ZR1L4-MVLQ100C5/I4",  "ZR1L4-UVLQ100C4/I3",  "ZR1L4-UVLQ100C5/I4",  "ZR1L4A-MVLQ100C4/I3",
+                      "ZR1L4A-MVLQ100C5/I4", "ZR1L4A-UVLQ100C4/I3", "ZR1L4A-UVLQ100C5/I4", "ZR1L4B-MVLQ100C4/I3",
+                      "ZR1L4B-MVLQ100C5/I4", "ZR1L4B-UVLQ100C4/I3", "ZR1L4B-UVLQ100C5/I4"};
+        QCOMPARE(partNumbers(db->findByPN("ZR1L4B-UVLQ100C5/I4").value(0)), lq100);
+        QFile file(DEV::DeviceDb::defaultDataFile());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QHash<QString, L> lines;
+        for (const QString& line : QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts))
+            lines[line.section(',', 2, 2) + '/' + line.section(',', 6, 6)] << line.section(',', 1, 1);
+        for (const ChipInfo& chip : db->allChipInfo()) {
+            L pns = partNumbers(chip);
+            pns.sort();
+            L expected = lines.value(chip.series + '/' + chip.package);
+            expected.sort();
+            QCOMPARE(pns, expected);
+        }
+    }
+
     // Catalogues shaped like a large real one and with every value distinct, with patterns taken from their own
     // values: stretches of them against the reference, and the whole list, searched on two threads, against its
     // stretches.

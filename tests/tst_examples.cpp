@@ -49,17 +49,18 @@ private Q_SLOTS:
                 csv += fixture.filter(QRegularExpression(QLatin1Char('^') + id + QLatin1Char(','))).value(0) + '\n';
             query(tag, arguments + L{"--csv"}, csv);
         };
-        query("table: columns padded but the last, empty and missing counts 0", {"--pn", "QA2-LVBG256C6"},
-              "Device ID  Part Number    Series  Device  Device Version  Package  Speed  Voltage  IO   LUT   FF    "
-              "ROM16  SSRAM  BSRAM  User Flash  DSP  PLL\nqa2-001    QA2-LVBG256C6  QA      QA2     A               "
-              "BG256    C6     1.0V     120  4608  4608  0      144Kb  180Kb  0           4    0\n");
+        const QString qa2Table = "Device ID  Part Number    Series  Device  Device Version  Package  Speed  Voltage  IO   "
+            "LUT   FF    ROM16  SSRAM  BSRAM  User Flash  DSP  PLL\nqa2-001    QA2-LVBG256C6  QA      QA2     A               "
+            "BG256    C6     1.0V     120  4608  4608  0      144Kb  180Kb  0           4    0\n";
+        const QString qa2Json = QJsonDocument::fromJson(R"([{"auxiliary":"ext",)"
+            R"("device":"QA2","deviceId":"qa2-001","deviceVersion":"A","matchKey":"QA2_BG256","package":"BG256",)"
+            R"("partNumber":"QA2-LVBG256C6","resources":["120","4608","4608","","144Kb","180Kb","","4"],)"
+            R"("series":"QA","speed":"C6","voltage":"1.0V"}])").toJson();
+        query("table: columns padded but the last, empty and missing counts 0", {"--pn", "QA2-LVBG256C6"}, qa2Table);
         query("csv header", {"--csv", "--header", "--pn", "QA1-LVQN32C5"}, "deviceId,partNumber,series,matchKey,device,"
               "deviceVersion,package,voltage,speed,auxiliary,IO,LUT,FF,ROM16,SSRAM,BSRAM,User Flash,DSP,PLL\n"
                   + fixture.first() + '\n');
-        query("json", {"--json", "--pn", "QA2-LVBG256C6"}, QJsonDocument::fromJson(R"([{"auxiliary":"ext",)"
-              R"("device":"QA2","deviceId":"qa2-001","deviceVersion":"A","matchKey":"QA2_BG256","package":"BG256",)"
-              R"("partNumber":"QA2-LVBG256C6","resources":["120","4608","4608","","144Kb","180Kb","","4"],)"
-              R"("series":"QA","speed":"C6","voltage":"1.0V"}])").toJson());
+        query("json", {"--json", "--pn", "QA2-LVBG256C6"}, qa2Json);
         query("count", {"--count"}, "7\n");
         query("count of nothing", {"--count", "--speed", "C9"}, "0\n");
         select("newest device version first", {"--series", "QB"}, {"qb1-003", "qb1-002", "qb1-001"});
@@ -87,6 +88,35 @@ private Q_SLOTS:
         QTest::newRow("invalid regular expression") << "devicequery" << L{"--search", "a(", "--mode", "regexp"}
                                                     << "devicequery: invalid regular expression 'a(': unexpected end\n";
         query("json of nothing", {"--json", "--speed", "C9"}, "[]\n");
+        query("--same-package: the table of --pn", {"--same-package", "QA2-LVBG256C6"}, qa2Table);
+        query("--same-package: the JSON of --pn", {"--same-package", "QA2-LVBG256C6", "--json"}, qa2Json);
+        select("--same-package: equal resources, by part number", {"--same-package", "QB1-UVLQ144I7"},
+               {"qb1-003", "qb1-001", "qb1-002"});
+        select("--same-package: old and new device", {"--same-package", "ZR9K31AA-LVBG484C6"}, {"zr9k31-013", "zr9k31a-015"});
+        query("--same-package: filters narrow", {"--same-package", "QB1-LVLQ144C8", "--voltage", "3.3V", "--count"}, "2\n");
+        query("--same-package: unknown", {"--same-package", "QB1"}, "devicequery: unknown part number 'QB1'\n");
+        query("--same-package and --pn", {"--same-package", "QX", "--pn", "QX"},
+              "devicequery: choose only one of --id, --pn and --same-package\n");
+        query("--compare: a * where values differ, an empty cell last; a repeat counts once",
+              {"--compare", "QB1-LVLQ144C8", "QB1-UVLQ144C7", "QB1-LVLQ144C8"},
+              "* Part Number     QB1-LVLQ144C8  QB1-UVLQ144C7\n  Series          QB             QB\n"
+              "  Device          QB1            QB1\n* Device Version  b\n  Package         LQ144          LQ144\n"
+              "* Speed           C8             C7\n* Voltage         1.2V           3.3V\n"
+              "  IO              100            100\n  LUT             8640           8640\n"
+              "  FF              6480           6480\n  ROM16           0              0\n"
+              "  SSRAM           0              0\n  BSRAM           270Kb          270Kb\n"
+              "  User Flash      0              0\n  DSP             10             10\n"
+              "  PLL             2              2\n* Device ID       qb1-003        qb1-001\n");
+        query("--compare --csv: empty and missing counts 0", {"--compare", "QA1-LVQN32C5", "QA2-LVBG256C6", "--csv"},
+              "attribute,differs,QA1-LVQN32C5,QA2-LVBG256C6\nPart Number,1,QA1-LVQN32C5,QA2-LVBG256C6\nSeries,0,QA,QA\n"
+              "Device,1,QA1,QA2\nDevice Version,1,,A\nPackage,1,QN32,BG256\nSpeed,1,C5,C6\nVoltage,0,1.0V,1.0V\n"
+              "IO,1,24,120\nLUT,1,1152,4608\nFF,1,1152,4608\nROM16,1,18Kb,0\nSSRAM,1,72Kb,144Kb\nBSRAM,1,72Kb,180Kb\n"
+              "User Flash,1,64Kb,0\nDSP,1,0,4\nPLL,1,2,0\nDevice ID,1,qa1-001,qa2-001\n");
+        query("--compare: unknown", {"--compare", "QA1-LVQN32C5", "QX"}, "devicequery: unknown part number 'QX'\n");
+        query("--compare alone", {"--compare"}, "devicequery: --compare needs at least one part number\n");
+        query("--compare with a filter", {"--compare", "QA1-LVQN32C5", "--series", "QA"},
+              "devicequery: --compare takes no other option than --data, --csv and --json\n");
+        query("part number without --compare", {"QA1-LVQN32C5"}, "devicequery: unexpected argument 'QA1-LVQN32C5'\n");
         const QString bad = m_files.write("bad\nx,y\n\nzz\n");
         QTest::newRow("bad lines summed up, no chips") << "devicepicker" << L{"--data", bad}
             << "devicepicker: 3 lines skipped; first at line 1\ndevicepicker: no chips in data file: " + bad + '\n';
@@ -136,6 +166,25 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(r.out), error ? QString() : expected);
         const bool nothing = expected.isEmpty() || expected == QLatin1String("0\n") || expected == QLatin1String("[]\n");
         QCOMPARE(r.status, run.section('|', 2, 2).isEmpty() ? (error ? 2 : nothing ? 1 : 0) : run.section('|', 2, 2).toInt());
+    }
+
+    // --compare --json carries what --csv does: per attribute its name, whether it differs, the chips' values.
+    void compareJsonAsCsv()
+    {
+        const L arguments{"--data", DEVICEQUERY_FIXTURE, "--compare", "QB1-UVLQ144I7", "ZR9K31-LVBG484C6"};
+        const TestHelpers::Run json = runProgram(DEVICEQUERY_PATH, arguments + L{"--json"});
+        QString csv = "attribute,differs,QB1-UVLQ144I7,ZR9K31-LVBG484C6\n";
+        for (const QJsonValue row : QJsonDocument::fromJson(json.out).array()) {
+            csv += row["attribute"].toString() + (row["differs"].toBool() ? ",1" : ",0");
+            for (const QJsonValue value : row["values"].toArray())
+                csv += ',' + value.toString();
+            csv += '\n';
+        }
+        QCOMPARE(json.status, 0);
+        QCOMPARE(csv.count('\n'), 18);
+        QCOMPARE(QString(runProgram(DEVICEQUERY_PATH, arguments + L{"--csv"}).out), csv);
+        const QByteArray help = runProgram(DEVICEQUERY_PATH, {"--help"}).out;
+        QVERIFY(help.contains("--same-package <PN>") && help.contains("--compare PN [PN...] prints"));
     }
 
     // Resource minimums through the three ways in: the library, the selector's row typed into by key, devicequery

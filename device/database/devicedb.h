@@ -151,6 +151,27 @@ public:
      */
     ChipSearch preparedSearch() const;
 
+    /**
+     * The chips of @p chip's series in @p chip's package: every device,
+     * device version and speed grade, @p chip among them. Smallest first:
+     * by the amount of each resource in the table's column order (IO, LUT,
+     * FF ... PLL), as smallestFirst() orders with every minimum set, then by
+     * part number.
+     *
+     * The part number identifies the chip; its series and package are taken
+     * from the database's record (of several with that part number, the one
+     * with @p chip's device identifier, else the first), so a record from an
+     * older catalogue gets the chips of the package the catalogue lists now.
+     * Empty when the part number is not in the database. Series and package
+     * compare exactly (an empty package matches only chips without one), and
+     * the same package name in another series does not count.
+     *
+     * A shared package name makes a chip a candidate for migration, not a
+     * guarantee that it fits the board: the pins, banks and voltages of two
+     * devices in one package may differ. Check the pin-out before moving.
+     */
+    QList<ChipInfo> samePackage(const ChipInfo& chip) const;
+
 private:
     std::unique_ptr<pimpl::DeviceDbPrivate> d;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "chiprequirements.h"
 
+#include "devicedb.h"
+
 #include <QCoreApplication>
 #include <QStringView>
 
@@ -186,6 +188,25 @@ QList<ChipInfo> smallestFirst(QList<ChipInfo> chips, const ChipRequirements& req
     for (const Keyed& k : keyed)
         ordered.append(chips.at(k.row));
     return ordered;
+}
+
+QList<ChipInfo> DeviceDb::samePackage(const ChipInfo& chip) const
+{
+    const QList<ChipInfo> records = findByPN(chip.partNumber);
+    if (chip.partNumber.isEmpty() || records.isEmpty())
+        return {};
+    const auto known = std::find_if(records.begin(), records.end(),
+                              [&chip](const ChipInfo& r) { return r.deviceId == chip.deviceId; });
+    const ChipInfo& record = known != records.end() ? *known : records.first();
+    // Not a ChipFilter: there an empty package would mean any package.
+    QList<ChipInfo> mates;
+    for (const ChipInfo& c : allChipInfo()) {
+        if (c.series == record.series && c.package == record.package)
+            mates.append(c);
+    }
+    ChipRequirements every;
+    every.minimum.fill(0);
+    return smallestFirst(mates, every);
 }
 
 } // namespace DEV

@@ -75,15 +75,16 @@ inline QString missingValue(const QStringList& arguments, const QList<QCommandLi
 }
 
 /// The misuse both programs reject alike, or an empty string: an option
-/// whose value is missing, a stray argument, or an option taking a value
-/// given twice (silently keeping only the last of two --series would hide a
-/// script bug).
-inline QString misuse(const QCommandLineParser& parser, const QList<QCommandLineOption>& options)
+/// whose value is missing, a stray argument (unless @p takesArguments), or
+/// an option taking a value given twice (silently keeping only the last of
+/// two --series would hide a script bug).
+inline QString misuse(const QCommandLineParser& parser, const QList<QCommandLineOption>& options,
+                      bool takesArguments = false)
 {
     const QString missing = missingValue(QCoreApplication::arguments(), options);
     if (!missing.isEmpty())
         return missing;
-    if (!parser.positionalArguments().isEmpty())
+    if (!takesArguments && !parser.positionalArguments().isEmpty())
         return QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst());
     for (const QCommandLineOption& option : options) {
         if (!option.valueName().isEmpty() && parser.values(option).size() > 1)

@@ -12,6 +12,7 @@
 #include "commandline.h"
 
 #include <chipcolumns.h>
+#include <chipcomparisonmodel.h>
 #include <chipfilter.h>
 #include <chipinfo.h>
 #include <chipinfotablemodel.h>
@@ -27,6 +28,7 @@
 #include <QRegExp>
 #include <QVector>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -42,6 +44,8 @@ struct Query
     std::optional<QString> id;
     std::optional<QString> partNumber;
     std::optional<QString> matchKey;
+    std::optional<QString> samePackage;
+    QStringList compare; ///< The part numbers to compare side by side, if any.
     DEV::ChipFilter filter;
     std::optional<DEV::ChipFilterBySearch> search;
     DEV::ChipRequirements requirements;
@@ -60,6 +64,12 @@ struct Options
                           QStringLiteral("ID")};
     QCommandLineOption pn{QStringLiteral("pn"), QStringLiteral("Chips with part number PN."),
                           QStringLiteral("PN")};
+    QCommandLineOption samePackage{QStringLiteral("same-package"),
+                                   QStringLiteral("Chips of PN's series in PN's package, smallest first."),
+                                   QStringLiteral("PN")};
+    QCommandLineOption compare{QStringLiteral("compare"),
+                               QStringLiteral("Compare the chips of the part numbers that follow "
+                                              "(PN [PN...]) side by side; see below.")};
     QCommandLineOption key{QStringLiteral("key"),
                            QStringLiteral("With --pn: the one chip that also has match key KEY."),
                            QStringLiteral("KEY")};
@@ -106,19 +116,19 @@ struct Options
     /// The options that may be given once only.
     QList<QCommandLineOption> once() const
     {
-        return {help,   data, id,     pn,   key,           series, device, version, package, speed,
-                voltage, search, in, mode, caseSensitive, csv,    header, json,    count, smallest, check};
+        return {help,    data,   id, pn,   samePackage,   key, series, device, version, package, speed,
+                voltage, search, in, mode, caseSensitive, csv, header, json,   count,   smallest, check, compare};
     }
 
     QList<QCommandLineOption> all() const { return once() << min; }
 };
 
 const char* const kEpilog = R"(
-Without a look-up (--id, --pn) every chip of the catalogue is a candidate. A
-look-up's chips must also pass the attribute filters and the search. The
-attribute filters compare whole values, letter case counting; an empty value
-constrains nothing, except --version "". The search runs over what the
-filters leave.
+Without a look-up (--id, --pn, --same-package) every chip of the catalogue
+is a candidate. A look-up's chips must also pass the attribute filters and
+the search. The attribute filters compare whole values, letter case
+counting; an empty value constrains nothing, except --version "". The search
+runs over what the filters leave.
 
 Search groups (--in), by name or number: all (0), series (1), part-number (2),
 device (3), device-version (4), package (5), speed (6), voltage (7), io (8),
@@ -133,6 +143,19 @@ header names it, any letter case (io, lut, ff, rom16, ssram, bsram,
 (1Mb = 1024Kb). An empty or missing count is 0. --smallest orders the chips
 by the required counts in column order, then by part number.
 
+--same-package PN lists every device, version and speed grade of PN's series
+in PN's package, PN among them, smallest first: by each resource in column
+order, then by part number. A shared package name makes a chip a candidate
+for migration, not a promise that the pins match. Filters, search and --min
+narrow the list; --smallest reorders it by the required counts.
+
+--compare PN [PN...] prints the chips side by side: one line per attribute
+(the table's columns, then Device ID), one column per chip, a * before each
+line whose values differ. A part number given twice is compared once. It
+takes only --data and one of --csv (a header line "attribute,differs,PN...",
+then one line per attribute with differs 1 or 0) and --json (an array of
+{"attribute", "differs", "values"} objects).
+
 --check [FILE] reads a catalogue as the library does and prints each problem
 as FILE:LINE: message; exit status 0 when clean, 1 with findings.
 
@@ -141,12 +164,14 @@ columns; an empty resource shows as 0), or one of --csv, --json, --count.
 --csv prints the data file's columns in its order, the resources as written;
 with --header its first line names the columns, which makes it unfit to be
 read back as a data file. Chips come in database order, newest device version
-first. Malformed lines of the data file are summed up on standard error in
-one line, "N lines skipped; first at line K".
+first, except with --same-package or --smallest. Malformed lines of the data
+file are summed up on standard error in one line, "N lines skipped; first at
+line K".
 
 Exit status: 0 chips printed, 1 nothing matched (--count still prints 0,
---json prints []), 2 bad usage (also an option where a value belongs, or an
-invalid pattern) or unreadable data file.
+--json prints []), 2 bad usage (also an option where a value belongs, an
+invalid pattern, or an unknown part number given to --same-package or
+--compare) or unreadable data file.
 )";
 
 using namespace ExampleCommandLine;
@@ -186,18 +211,33 @@ std::optional<int> patternSyntax(const QString& mode)
     return std::nullopt;
 }
 
+/// True when no option but those of @p allowed is set.
+bool onlyAmong(const QCommandLineParser& parser, const Options& o, const QList<QCommandLineOption>& allowed)
+{
+    for (const QCommandLineOption& option : o.all()) {
+        const auto same = [&option](const QCommandLineOption& a) { return a.names() == option.names(); };
+        if (parser.isSet(option) && std::none_of(allowed.begin(), allowed.end(), same))
+            return false;
+    }
+    return true;
+}
+
 /// What is wrong with the options taken together, or an empty string.
 QString conflict(const QCommandLineParser& parser, const Options& o)
 {
-    const QString common = misuse(parser, o.once());
+    const QString common = misuse(parser, o.once(), parser.isSet(o.compare));
     if (!common.isEmpty())
         return common;
+    if (parser.isSet(o.compare) && !onlyAmong(parser, o, {o.compare, o.data, o.csv, o.json}))
+        return QStringLiteral("--compare takes no other option than --data, --csv and --json");
+    if (parser.isSet(o.compare) && parser.positionalArguments().isEmpty())
+        return QStringLiteral("--compare needs at least one part number");
     if (int(parser.isSet(o.csv)) + int(parser.isSet(o.json)) + int(parser.isSet(o.count)) > 1)
         return QStringLiteral("choose only one of --csv, --json and --count");
     if (parser.isSet(o.header) && !parser.isSet(o.csv))
         return QStringLiteral("--header needs --csv");
-    if (parser.isSet(o.id) && parser.isSet(o.pn))
-        return QStringLiteral("--id and --pn cannot be combined");
+    if (int(parser.isSet(o.id)) + int(parser.isSet(o.pn)) + int(parser.isSet(o.samePackage)) > 1)
+        return QStringLiteral("choose only one of --id, --pn and --same-package");
     if (parser.isSet(o.key) && !parser.isSet(o.pn))
         return QStringLiteral("--key needs --pn");
     if (!parser.isSet(o.search) && (parser.isSet(o.in) || parser.isSet(o.mode) || parser.isSet(o.caseSensitive)))
@@ -262,6 +302,10 @@ std::optional<Query> readQuery(const QCommandLineParser& parser, const Options& 
         q.partNumber = parser.value(o.pn);
     if (parser.isSet(o.key))
         q.matchKey = parser.value(o.key);
+    if (parser.isSet(o.samePackage))
+        q.samePackage = parser.value(o.samePackage);
+    if (parser.isSet(o.compare))
+        q.compare = parser.positionalArguments();
 
     q.filter.series = parser.value(o.series);
     q.filter.device = parser.value(o.device);
@@ -318,9 +362,11 @@ QList<DEV::ChipInfo> select(DEV::DeviceDb& db, const Query& q)
             chips << chip;
     } else if (q.partNumber) {
         chips = db.findByPN(*q.partNumber);
+    } else if (q.samePackage) {
+        chips = db.samePackage(db.findByPN(*q.samePackage).value(0));
     }
 
-    if (q.id || q.partNumber) {
+    if (q.id || q.partNumber || q.samePackage) {
         QList<DEV::ChipInfo> kept;
         for (const DEV::ChipInfo& chip : qAsConst(chips)) {
             if (DEV::matchFilter(chip, q.filter))
@@ -335,6 +381,27 @@ QList<DEV::ChipInfo> select(DEV::DeviceDb& db, const Query& q)
         chips = db.filterChips(*q.search, chips);
     chips = DEV::filterChips(chips, q.requirements);
     return q.smallest ? DEV::smallestFirst(chips, q.requirements) : chips;
+}
+
+/// @p rows as lines of aligned columns, two spaces apart; the last column is not padded.
+QStringList alignedLines(const QList<QStringList>& rows)
+{
+    QVector<int> widths(rows.constFirst().size(), 0);
+    for (const QStringList& row : rows) {
+        for (int c = 0; c < row.size(); ++c)
+            widths[c] = qMax(widths[c], row.at(c).size());
+    }
+    QStringList lines;
+    for (const QStringList& row : rows) {
+        QString line;
+        for (int c = 0; c < row.size(); ++c) {
+            if (c > 0)
+                line += QLatin1String("  ");
+            line += c + 1 < row.size() ? row.at(c).leftJustified(widths[c]) : row.at(c);
+        }
+        lines << line;
+    }
+    return lines;
 }
 
 QString tableText(const QList<DEV::ChipInfo>& chips)
@@ -352,23 +419,7 @@ QString tableText(const QList<DEV::ChipInfo>& chips)
             row << model.columnOfChipInfo(chip, c);
         rows << row;
     }
-
-    QVector<int> widths(rows.constFirst().size(), 0);
-    for (const QStringList& row : qAsConst(rows)) {
-        for (int c = 0; c < row.size(); ++c)
-            widths[c] = qMax(widths[c], row.at(c).size());
-    }
-    QString text;
-    for (const QStringList& row : qAsConst(rows)) {
-        QString line;
-        for (int c = 0; c < row.size(); ++c) {
-            if (c > 0)
-                line += QLatin1String("  ");
-            line += c + 1 < row.size() ? row.at(c).leftJustified(widths[c]) : row.at(c);
-        }
-        text += line + QLatin1Char('\n');
-    }
-    return text;
+    return alignedLines(rows).join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
 QString csvText(const QList<DEV::ChipInfo>& chips, bool header)
@@ -425,6 +476,70 @@ void print(const QList<DEV::ChipInfo>& chips, const Query& query)
     }
 }
 
+/// --compare's output: the comparison model's rows, a * before those that differ.
+QByteArray comparisonText(const DEV::ChipComparisonModel& model, Format format)
+{
+    QList<QStringList> rows;
+    QJsonArray json;
+    for (int r = 0; r < model.rowCount(); ++r) {
+        QStringList values;
+        for (int c = 0; c < model.columnCount(); ++c)
+            values << model.index(r, c).data().toString();
+        const QString attribute = model.headerData(r, Qt::Vertical).toString();
+        const bool differs = model.rowDiffers(r);
+        if (format == Format::Json) {
+            json.append(QJsonObject{{QStringLiteral("attribute"), attribute},
+                                    {QStringLiteral("differs"), differs},
+                                    {QStringLiteral("values"), QJsonArray::fromStringList(values)}});
+        } else if (format == Format::Csv) {
+            rows << (QStringList{attribute, differs ? QStringLiteral("1") : QStringLiteral("0")} + values);
+        } else {
+            rows << (QStringList{differs ? QStringLiteral("*") : QStringLiteral(" "), attribute} + values);
+        }
+    }
+    if (format == Format::Json)
+        return QJsonDocument(json).toJson(QJsonDocument::Indented);
+    QString text;
+    if (format == Format::Csv) {
+        QStringList header{QStringLiteral("attribute"), QStringLiteral("differs")};
+        for (int c = 0; c < model.columnCount(); ++c)
+            header << model.headerData(c, Qt::Horizontal).toString();
+        rows.prepend(header);
+        for (const QStringList& row : qAsConst(rows))
+            text += row.join(QLatin1Char(',')) + QLatin1Char('\n');
+    } else {
+        // The marker joined by one space, not the table's two; an empty
+        // last cell leaves no trailing blanks.
+        for (const QString& line : alignedLines(rows)) {
+            QString marked = line.at(0) + line.mid(2);
+            while (marked.endsWith(QLatin1Char(' ')))
+                marked.chop(1);
+            text += marked + QLatin1Char('\n');
+        }
+    }
+    return text.toLocal8Bit();
+}
+
+/// --compare: prints the chips of the part numbers side by side (of several
+/// chips with one part number, the first); false, with @p error set, for an
+/// unknown part number.
+bool compareChips(const DEV::DeviceDb& db, const Query& q, QString* error)
+{
+    QList<DEV::ChipInfo> chips;
+    for (const QString& pn : q.compare) {
+        const QList<DEV::ChipInfo> found = db.findByPN(pn);
+        if (found.isEmpty()) {
+            *error = QStringLiteral("unknown part number '%1'").arg(pn);
+            return false;
+        }
+        chips << found.constFirst();
+    }
+    DEV::ChipComparisonModel model;
+    model.setChips(chips);
+    printOut(comparisonText(model, q.format));
+    return true;
+}
+
 /// --check: prints the catalogue's findings; 0 when there are none, 1
 /// with findings, 2 when it cannot be read.
 int checkCatalogue(const QCommandLineParser& parser, const Options& o)
@@ -434,10 +549,8 @@ int checkCatalogue(const QCommandLineParser& parser, const Options& o)
         files << parser.value(o.data);
     if (files.size() > 1)
         return usageError(QStringLiteral("--check reads one catalogue"));
-    for (const QCommandLineOption& option : o.all()) {
-        if (parser.isSet(option) && option.names() != o.check.names() && option.names() != o.data.names())
-            return usageError(QStringLiteral("--check takes no other option than --data"));
-    }
+    if (!onlyAmong(parser, o, {o.check, o.data}))
+        return usageError(QStringLiteral("--check takes no other option than --data"));
     const QString path = files.isEmpty() ? DEV::DeviceDb::defaultDataFile() : files.constFirst();
     bool readable = false;
     const QStringList findings = CatalogueCheck::findings(path, &readable);
@@ -487,6 +600,10 @@ int main(int argc, char* argv[])
     DEV::DeviceDb* db = openDatabase(query->dataFile, &own, &error);
     if (!db)
         return usageError(error);
+    if (query->samePackage && db->findByPN(*query->samePackage).isEmpty())
+        return usageError(QStringLiteral("unknown part number '%1'").arg(*query->samePackage));
+    if (!query->compare.isEmpty())
+        return compareChips(*db, *query, &error) ? Found : usageError(error);
 
     const QList<DEV::ChipInfo> chips = select(*db, *query);
     print(chips, *query);
