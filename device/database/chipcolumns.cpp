@@ -4,6 +4,7 @@
 #include <QStringView>
 
 #include <algorithm>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -153,28 +154,30 @@ struct Key
     int number;   // a number column's value; for text, whether the text is all in head
 };
 
-// Packs the first units of @p text into @p key with @p bits per unit; false
-// when a unit does not fit.
-bool pack(Key& key, QStringView text, int bits)
+// Packs the first units of @p text into @p key, Bits (8 or 16) to a unit;
+// false when a unit does not fit.
+template <int Bits>
+bool pack(Key& key, QStringView text)
 {
-    const int perWord = 64 / bits;
-    const qsizetype n = std::min<qsizetype>(text.size(), 3 * perWord);
+    constexpr int Units = 3 * 64 / Bits;
+    using Unit = std::conditional_t<Bits == 8, quint8, quint16>;
+    const qsizetype n = std::min<qsizetype>(text.size(), Units);
     const char16_t* units = text.utf16();
-    char16_t unit[24] = {};
+    Unit unit[Units] = {};
     char16_t widest = 0;
     for (qsizetype i = 0; i < n; ++i) {
-        unit[i] = units[i];
         widest |= units[i];
+        unit[i] = Unit(units[i]);
     }
-    if (widest >= (1u << bits))
+    if (Bits == 8 && widest > 0xFF)
         return false;
     for (int w = 0; w < 3; ++w) {
         quint64 word = 0;
-        for (int u = 0; u < perWord; ++u)
-            word = (word << bits) | unit[w * perWord + u];
+        for (int u = 0; u < Units / 3; ++u)
+            word = (word << Bits) | unit[w * Units / 3 + u];
         key.head[w] = word;
     }
-    key.number = text.size() <= 3 * perWord;
+    key.number = text.size() <= Units;
     return true;
 }
 
@@ -215,11 +218,11 @@ QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int c
         if (!text)
             key.number = numberKey(value, cutKb);
         else if (narrow)
-            narrow = pack(key, value, 8);
+            narrow = pack<8>(key, value);
     }
     if (text && !narrow) {
         for (Key& key : keys)
-            pack(key, cell(key), 16);
+            pack<16>(key, cell(key));
     }
     const auto compare = [&](const Key& l, const Key& r) {
         if (!text)

@@ -39,14 +39,8 @@ inline bool same(const QString& a, const QString& b)
 
 bool sameDeviceValues(const ChipInfo& a, const ChipInfo& b)
 {
-    if (!same(a.series, b.series) || !same(a.matchKey, b.matchKey) || !same(a.device, b.device)
-        || !same(a.package, b.package) || !same(a.auxiliary, b.auxiliary) || a.resources.size() != b.resources.size())
-        return false;
-    for (int i = 0; i < a.resources.size(); ++i) {
-        if (!same(a.resources.at(i), b.resources.at(i)))
-            return false;
-    }
-    return true;
+    return same(a.series, b.series) && same(a.matchKey, b.matchKey) && same(a.device, b.device)
+        && same(a.package, b.package) && same(a.auxiliary, b.auxiliary) && a.resources == b.resources;
 }
 
 template <typename Visit>
@@ -97,6 +91,39 @@ size_t find(const char* text, size_t size, const char* needle, size_t m)
     return NotFound;
 }
 
+// Writes the @p n units at @p units folded to @p out and returns the end; ORs
+// every unit into @p wide, so that wide < 0x80 tells that all were ASCII.
+char* foldInto(char* out, const ushort* units, qsizetype n, ushort& wide)
+{
+    qsizetype i = 0;
+#if defined(__SSE2__)
+    // Eight units at a time: capitals are those that lie 0 to 25 above 'A'
+    // (compared without sign), and get 32 added; beyond ASCII the bytes are
+    // wrong, but then the whole segment is dropped.
+    const __m128i a = _mm_set1_epi16('A');
+    const __m128i sign = _mm_set1_epi16(short(0x8000));
+    const __m128i letters = _mm_set1_epi16(short(26 ^ 0x8000));
+    const __m128i lower = _mm_set1_epi16(32);
+    __m128i all = _mm_setzero_si128();
+    for (; i + 8 <= n; i += 8) {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + i));
+        all = _mm_or_si128(all, v);
+        const __m128i capital = _mm_cmplt_epi16(_mm_xor_si128(_mm_sub_epi16(v, a), sign), letters);
+        v = _mm_add_epi16(v, _mm_and_si128(capital, lower));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(v, v));
+        out += 8;
+    }
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(all, _mm_set1_epi16(short(0xFF80))), _mm_setzero_si128()))
+        != 0xFFFF)
+        wide |= 0x80;
+#endif
+    for (; i < n; ++i) {
+        wide |= units[i];
+        *out++ = folded(units[i]);
+    }
+    return out;
+}
+
 /*
  * Folded texts, one segment after another: each value lower-cased and
  * followed by a NUL, so that a pattern without NUL matches inside one value
@@ -124,11 +151,7 @@ struct Segments
         visitPart(chip, part, [&](const QString& value) {
             if (value.isEmpty())
                 return;
-            const auto* units = reinterpret_cast<const ushort*>(value.constData());
-            for (qsizetype i = 0, n = value.size(); i < n; ++i) {
-                wide |= units[i];
-                *out++ = folded(units[i]);
-            }
+            out = foldInto(out, reinterpret_cast<const ushort*>(value.constData()), value.size(), wide);
             *out++ = '\0';
         });
         text.resize(wide < 0x80 ? size_t(out - text.data()) : start);
@@ -272,6 +295,8 @@ public:
             stretch.first = from;
             stretch.groupOf.reserve(size_t(to - from));
             stretch.own.ends.reserve(size_t(to - from));
+            stretch.own.text.reserve(size_t(to - from) * 32);
+            stretch.devices.text.reserve(size_t(to - from) * 32);
             for (int k = from; k < to; ++k) {
                     stretch.add(k, chipAt(k), k > from ? &chipAt(k - 1) : nullptr);
             }
