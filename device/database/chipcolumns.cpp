@@ -2,9 +2,9 @@
 #include "chipcolumns.h"
 
 #include <QStringView>
+#include <QtEndian>
 
 #include <algorithm>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -160,23 +160,23 @@ template <int Bits>
 bool pack(Key& key, QStringView text)
 {
     constexpr int Units = 3 * 64 / Bits;
-    using Unit = std::conditional_t<Bits == 8, quint8, quint16>;
     const qsizetype n = std::min<qsizetype>(text.size(), Units);
     const char16_t* units = text.utf16();
-    Unit unit[Units] = {};
+    uchar bytes[24] = {};
     char16_t widest = 0;
     for (qsizetype i = 0; i < n; ++i) {
         widest |= units[i];
-        unit[i] = Unit(units[i]);
+        if (Bits == 8) {
+            bytes[i] = uchar(units[i]);
+        } else {
+            bytes[2 * i] = uchar(units[i] >> 8);
+            bytes[2 * i + 1] = uchar(units[i]);
+        }
     }
     if (Bits == 8 && widest > 0xFF)
         return false;
-    for (int w = 0; w < 3; ++w) {
-        quint64 word = 0;
-        for (int u = 0; u < Units / 3; ++u)
-            word = (word << Bits) | unit[w * Units / 3 + u];
-        key.head[w] = word;
-    }
+    for (int w = 0; w < 3; ++w)
+        key.head[w] = qFromBigEndian<quint64>(bytes + 8 * w);
     key.number = text.size() <= Units;
     return true;
 }
@@ -198,6 +198,42 @@ int compareTails(const Key& l, const Key& r, QStringView left, QStringView right
     if (l.number && r.number)
         return left.size() < right.size() ? -1 : (left.size() > right.size() ? 1 : 0);
     return left.compare(right, Qt::CaseSensitive);
+}
+
+// A key's first two words, turned over for a descending order, and where it is.
+struct Item
+{
+    quint64 word[2];
+    int position;
+};
+
+/*
+ * @p keys (which are in position order) ordered by their first word,
+ * ascending or descending, ties in position order: a radix sort from the
+ * lowest byte, skipping the bytes that every key shares.
+ */
+std::vector<Item> byFirstWord(const std::vector<Key>& keys, bool descending)
+{
+    std::vector<Item> items(keys.size()), spare(keys.size());
+    quint64 varying = 0;
+    for (size_t i = 0; i < keys.size(); ++i) {
+        const quint64 flip = descending ? ~quint64(0) : 0;
+        items[i] = {{keys[i].head[0] ^ flip, keys[i].head[1] ^ flip}, keys[i].position};
+        varying |= items[i].word[0] ^ items[0].word[0];
+    }
+    for (int shift = 0; shift < 64; shift += 8) {
+        if (((varying >> shift) & 0xFF) == 0)
+            continue;
+        size_t start[257] = {};
+        for (const Item& item : items)
+            ++start[((item.word[0] >> shift) & 0xFF) + 1];
+        for (int digit = 0; digit < 256; ++digit)
+            start[digit + 1] += start[digit];
+        for (const Item& item : items)
+            spare[start[(item.word[0] >> shift) & 0xFF]++] = item;
+        items.swap(spare);
+    }
+    return items;
 }
 
 } // namespace
@@ -239,13 +275,36 @@ QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int c
         return rows;
     // Ties keep their order in the input: its position is the last key, so
     // a plain (unstable) sort gives the stable order.
-    std::sort(keys.begin(), keys.end(), [&](const Key& l, const Key& r) {
+    const auto before = [&](const Key& l, const Key& r) {
         const int c = compare(l, r);
         return c != 0 ? direction * c < 0 : l.position < r.position;
-    });
+    };
+    std::vector<int> positions;
+    positions.reserve(keys.size());
+    if (text) {
+        // First by the first word, a byte at a time, which compares nothing;
+        // then each run of equal first words, mostly short, by the second
+        // word and, where that agrees too, by everything.
+        std::vector<Item> items = byFirstWord(keys, order != Qt::AscendingOrder);
+        for (size_t from = 0, to = 0; from < items.size(); from = to) {
+            for (to = from + 1; to < items.size() && items[to].word[0] == items[from].word[0];)
+                ++to;
+            std::sort(items.begin() + qsizetype(from), items.begin() + qsizetype(to), [&](const Item& l, const Item& r) {
+                if (l.word[1] != r.word[1])
+                    return l.word[1] < r.word[1];
+                return before(keys[size_t(l.position)], keys[size_t(r.position)]);
+            });
+        }
+        for (const Item& item : items)
+            positions.push_back(item.position);
+    } else {
+        std::sort(keys.begin(), keys.end(), before);
+        for (const Key& key : keys)
+            positions.push_back(key.position);
+    }
     QVector<int> sorted(rows.size());
-    for (size_t i = 0; i < keys.size(); ++i)
-        sorted[int(i)] = rows.at(keys[i].position);
+    for (size_t i = 0; i < positions.size(); ++i)
+        sorted[int(i)] = rows.at(positions[i]);
     return sorted;
 }
 

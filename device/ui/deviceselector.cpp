@@ -28,6 +28,7 @@
 #include <QToolTip>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <functional>
 #include <future>
@@ -66,6 +67,12 @@ public:
             m_seen.insert(value, m_last);
             m_values.append(value);
         }
+    }
+
+    void add(const DistinctValues& other)
+    {
+        for (const QString& value : other.m_values)
+            add(value);
     }
 
     /// The values in ascending code-unit order, after "Any".
@@ -381,19 +388,39 @@ void DeviceSelector::onSeriesChanged()
 {
     const QString series = ui->cbSeries->currentText();
     const bool anySeries = series == QLatin1String("Any");
-    DistinctValues devices;
-    DistinctValues packages;
-    DistinctValues speeds;
-    DistinctValues versions;
     const QList<ChipInfo> chips = chipsOfCascade();
-    for (const ChipInfo& chip : chips) {
-        if (!anySeries && chip.series != series)
-            continue;
-        devices.add(chip.device);
-        packages.add(chip.package);
-        speeds.add(chip.speed);
-        versions.add(chip.deviceVersion);
+    // devices, packages, speeds, versions
+    using Boxes = std::array<DistinctValues, 4>;
+    const auto collect = [&](int from, int to) {
+        Boxes boxes;
+        for (int i = from; i < to; ++i) {
+            const ChipInfo& chip = chips.at(i);
+            if (!anySeries && chip.series != series)
+                continue;
+            boxes[0].add(chip.device);
+            boxes[1].add(chip.package);
+            boxes[2].add(chip.speed);
+            boxes[3].add(chip.deviceVersion);
+        }
+        return boxes;
+    };
+    // A long list in two halves at once; only the set of values matters, as
+    // each box sorts them.
+    const int half = chips.size() >= 65536 ? int(chips.size() / 2) : int(chips.size());
+    std::future<Boxes> second;
+    try {
+        second = std::async(std::launch::async, collect, half, int(chips.size()));
+    } catch (const std::system_error&) {
+        second = std::async(std::launch::deferred, collect, half, int(chips.size()));
     }
+    Boxes boxes = collect(0, half);
+    const Boxes rest = second.get();
+    for (int b = 0; b < 4; ++b)
+        boxes[size_t(b)].add(rest[size_t(b)]);
+    DistinctValues& devices = boxes[0];
+    DistinctValues& packages = boxes[1];
+    DistinctValues& speeds = boxes[2];
+    DistinctValues& versions = boxes[3];
 
     // Refilling moves every box's current index; without these connections
     // the refill runs neither the filter nor the version refill once per box.
