@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
+#include <iterator>
 #include <mutex>
 #include <utility>
 
@@ -419,15 +421,20 @@ QVector<int> ChipSearch::filterRows(const ChipFilterBySearch& filter) const
 
 QVector<int> ChipSearch::filterRows(const ChipFilterBySearch& filter, const QVector<int>& among) const
 {
-    QVector<int> candidates;
-    candidates.reserve(among.size());
-    for (int k : among) {
-        if (k >= 0 && k < d->size)
-            candidates.append(k);
-    }
+    const auto inside = [this](int k) { return k >= 0 && k < d->size; };
+    QVector<int> kept;
+    if (!std::all_of(among.begin(), among.end(), inside))
+        std::copy_if(among.begin(), among.end(), std::back_inserter(kept), inside);
+    const QVector<int>& candidates = kept.isEmpty() ? among : kept;
+    // Every position, as while the first keys of a word match everything:
+    // the same as searching them all.
+    if (candidates.size() == d->size
+        && std::adjacent_find(candidates.begin(), candidates.end(), std::greater_equal<int>()) == candidates.end())
+        return filterRows(filter);
     std::vector<char> verdicts(size_t(candidates.size()), 0);
     d->decide(filter, &candidates, verdicts);
     QVector<int> hits;
+    hits.reserve(int(std::count(verdicts.begin(), verdicts.end(), 1)));
     for (int i = 0; i < candidates.size(); ++i) {
         if (verdicts[size_t(i)])
             hits.append(candidates.at(i));
