@@ -250,6 +250,17 @@ struct SearchStep
 // Enough steps for a part number's worth of Backspace without searching again.
 constexpr int KeptSteps = 8;
 
+// @p work on another thread, or, where none can be started, when its result is asked for.
+template <typename Work>
+auto soon(Work work)
+{
+    try {
+        return std::async(std::launch::async, work);
+    } catch (const std::system_error&) {
+        return std::async(std::launch::deferred, work);
+    }
+}
+
 } // namespace
 
 struct DeviceSelector::Private
@@ -265,6 +276,8 @@ struct DeviceSelector::Private
     bool baseIsAll = true;
     bool baseValid = false;
     std::vector<SearchStep> steps;
+    std::future<QVector<int>> pendingOrder;
+    std::future<ChipSearch> pendingSearch;
     /// The last chip reported; empty after the choice was voided.
     ChipInfo chosen;
     /// Set while the selection a sort dropped is put back: the choice is unchanged, so nobody is told.
@@ -273,6 +286,15 @@ struct DeviceSelector::Private
     pimpl::RequirementsRow* requirementsRow = nullptr;
     /// The minimums the table and the boxes apply now.
     ChipRequirements applied;
+
+    // Takes the order and the search once they are made.
+    void await()
+    {
+        if (pendingOrder.valid())
+            order = pendingOrder.get();
+        if (pendingSearch.valid())
+            search = pendingSearch.get();
+    }
 
     // @p positions (in all, ascending) in part-number order: one pass over
     // the order, whatever their number.
@@ -322,15 +344,9 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     ui->setupUi(this);
     d->all = db->allChipInfo();
     // Both are the database's, made once for all its selectors: the first
-    // selector has them made at the same time.
-    try {
-        auto order = std::async(std::launch::async, [db] { return db->partNumberOrder(); });
-        d->search = db->preparedSearch();
-        d->order = order.get();
-    } catch (const std::system_error&) {
-        d->search = db->preparedSearch();
-        d->order = db->partNumberOrder();
-    }
+    // selector has them made while it builds its boxes.
+    d->pendingOrder = soon([db] { return db->partNumberOrder(); });
+    d->pendingSearch = soon([db] { return db->preparedSearch(); });
 
     searchEdit = new SearchLineEdit(this);
     ui->SerarchLayout->insertWidget(1, searchEdit, 0);
@@ -407,12 +423,7 @@ void DeviceSelector::onSeriesChanged()
     // A long list in two halves at once; only the set of values matters, as
     // each box sorts them.
     const int half = chips.size() >= 65536 ? int(chips.size() / 2) : int(chips.size());
-    std::future<Boxes> second;
-    try {
-        second = std::async(std::launch::async, collect, half, int(chips.size()));
-    } catch (const std::system_error&) {
-        second = std::async(std::launch::deferred, collect, half, int(chips.size()));
-    }
+    std::future<Boxes> second = soon([&] { return collect(half, int(chips.size())); });
     Boxes boxes = collect(0, half);
     const Boxes rest = second.get();
     for (int b = 0; b < 4; ++b)
@@ -493,6 +504,7 @@ ChipFilter filterFromBoxes(const Ui_DeviceSelector& ui)
 
 void DeviceSelector::filter()
 {
+    d->await();
     // The search path applies the combo boxes as well.
     if (!searchEdit->text().isEmpty()) {
         filterBySearch();
@@ -543,6 +555,7 @@ void DeviceSelector::filterBySearch()
     search.caseSensitive = searchEdit->caseSensitiveAction->isChecked();
     search.pattern = searchEdit->text();
 
+    d->await();
     updateBase();
     // Typing on searches the last hits only; Backspace goes back to them.
     std::vector<SearchStep>& steps = d->steps;
