@@ -31,7 +31,7 @@ inline char folded(ushort u)
  * catalogue have in common and which are therefore folded and decided once
  * for a run of such chips, and the chip's own.
  */
-enum class Part { Device, Own };
+enum class Part { Device, Own, Series };
 
 // Equal texts; neighbours' shared values lie at one place, which settles it at once.
 inline bool same(const QString& a, const QString& b)
@@ -48,9 +48,10 @@ bool sameDeviceValues(const ChipInfo& a, const ChipInfo& b)
 template <typename Visit>
 void visitPart(const ChipInfo& chip, Part part, Visit visit)
 {
-    if (part == Part::Own) {
-        visit(chip.partNumber);
-        visit(chip.voltage);
+    if (part != Part::Device) {
+        visit(part == Part::Own ? chip.partNumber : chip.series);
+        if (part == Part::Own)
+            visit(chip.voltage);
         return;
     }
     for (const QString* value : {&chip.series, &chip.matchKey, &chip.device, &chip.package, &chip.auxiliary})
@@ -107,13 +108,20 @@ char* foldInto(char* out, const ushort* units, qsizetype n, ushort& wide)
     const __m128i letters = _mm_set1_epi16(short(26 ^ 0x8000));
     const __m128i lower = _mm_set1_epi16(32);
     __m128i all = _mm_setzero_si128();
-    for (; i + 8 <= n; i += 8) {
-        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + i));
+    const auto eight = [&](qsizetype at) {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + at));
         all = _mm_or_si128(all, v);
         const __m128i capital = _mm_cmplt_epi16(_mm_xor_si128(_mm_sub_epi16(v, a), sign), letters);
         v = _mm_add_epi16(v, _mm_and_si128(capital, lower));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(v, v));
-        out += 8;
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + (at - i)), _mm_packus_epi16(v, v));
+    };
+    for (; i + 8 <= n; i += 8, out += 8)
+        eight(i);
+    // The last few units of a longer value as the last eight, again.
+    if (i < n && n >= 8) {
+        eight(n - 8);
+        out += n - i;
+        i = n;
     }
     if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(all, _mm_set1_epi16(short(0xFF80))), _mm_setzero_si128()))
         != 0xFFFF)
@@ -248,11 +256,25 @@ QVector<int> pimpl::foldedRows(const QList<ChipInfo>& chips, const ChipFilterByS
     std::vector<int> plain[2];
     inHalves(int(chips.size()), [&](int from, int to) {
         // Each chip is folded as it is reached, its device values only when
-        // they differ from the chip's before.
-        Segments device, own;
+        // they differ from the chip's before. A series that holds the
+        // pattern (a typed prefix of part numbers often is one) settles
+        // every chip of the series without anything else read.
+        Segments series, device, own;
+        const QString* seriesOf = nullptr;
+        bool seriesHolds = false;
         bool deviceHolds = false;
         for (int k = from; k < to; ++k) {
             const ChipInfo& chip = chips.at(k);
+            if (!seriesOf || !same(chip.series, *seriesOf)) {
+                seriesOf = &chip.series;
+                series.text.clear();
+                series.ends.clear();
+                seriesHolds = series.append(chip, Part::Series) && series.holds(0, needle);
+            }
+            if (seriesHolds) {
+                verdicts[size_t(k)] = 1;
+                continue;
+            }
             if (k == from || device.ends.empty() || !sameDeviceValues(chip, chips.at(k - 1))) {
                 device.text.clear();
                 device.ends.clear();
