@@ -349,6 +349,14 @@ private Q_SLOTS:
         dialog.resize(700, 520);
         QVERIFY(again.restoreState(dialog.saveState()));
         QCOMPARE(again.size(), QSize(700, 520));
+        // A dialog state with a good selector part but a damaged geometry is refused before anything changes.
+        QByteArray damaged;
+        QDataStream out(&damaged, QIODevice::WriteOnly);
+        out.setVersion(QDataStream::Qt_5_12);
+        out << quint32(0x44455344) << QByteArray("no geometry") << selector->saveState();
+        const QByteArray kept = again.saveState();
+        QVERIFY(!again.restoreState(damaged));
+        QCOMPARE(again.saveState(), kept);
     }
 
     // "preset: steps[ button]": what the dialog showed when it opened (OK enabled, the part number selected), and

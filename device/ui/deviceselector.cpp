@@ -224,8 +224,9 @@ int rowOfChip(ChipInfoTableModel& model, const ChipInfo& chip)
     return -1;
 }
 
-// Tags saved states, so that restoring something else fails cleanly.
-constexpr quint32 SelectorStateMagic = 0x44455331;
+// Tags saved states, so that restoring something else fails cleanly. The columns are kept one by one, not as
+// QHeaderView's own state, whose reader trusts the counts in it and allocates whatever a damaged one claims.
+constexpr quint32 SelectorStateMagic = 0x44455332;
 
 } // namespace
 
@@ -807,7 +808,10 @@ QByteArray DeviceSelector::saveState() const
     QByteArray state;
     QDataStream out(&state, QIODevice::WriteOnly);
     out.setVersion(QDataStream::Qt_5_12);
-    out << SelectorStateMagic << ui->tableView->horizontalHeader()->saveState();
+    const QHeaderView* header = ui->tableView->horizontalHeader();
+    out << SelectorStateMagic << qint32(header->sortIndicatorSection()) << qint32(header->sortIndicatorOrder());
+    for (int column = 0; column < header->count(); ++column)
+        out << qint32(header->visualIndex(column)) << qint32(header->sectionSize(column)) << header->isSectionHidden(column);
     return state;
 }
 
@@ -815,12 +819,35 @@ bool DeviceSelector::restoreState(const QByteArray& state)
 {
     QDataStream in(state);
     in.setVersion(QDataStream::Qt_5_12);
-    quint32 magic = 0;
-    QByteArray headerState;
-    in >> magic >> headerState;
     QHeaderView* header = ui->tableView->horizontalHeader();
-    if (in.status() != QDataStream::Ok || magic != SelectorStateMagic || !header->restoreState(headerState))
+    const int columns = header->count();
+    quint32 magic = 0;
+    qint32 sortColumn = 0, order = 0;
+    in >> magic >> sortColumn >> order;
+    bool valid = magic == SelectorStateMagic && sortColumn >= -1 && sortColumn < columns
+        && (order == Qt::AscendingOrder || order == Qt::DescendingOrder);
+    // Everything is read and checked before the table changes: each column once at a position of its own, and
+    // sizes that the header takes as they are.
+    QVector<qint32> position(columns), size(columns);
+    QVector<bool> hidden(columns);
+    QVector<int> columnAt(columns, -1);
+    for (int column = 0; valid && column < columns; ++column) {
+        in >> position[column] >> size[column] >> hidden[column];
+        valid = position[column] >= 0 && position[column] < columns && columnAt[position[column]] < 0
+            && size[column] >= 0 && size[column] <= header->maximumSectionSize();
+        if (valid)
+            columnAt[position[column]] = column;
+    }
+    if (!valid || in.status() != QDataStream::Ok || !in.atEnd())
         return false;
+    for (int at = 0; at < columns; ++at) {
+        const int column = columnAt[at];
+        header->moveSection(header->visualIndex(column), at);
+        header->setSectionHidden(column, false);
+        header->resizeSection(column, size[column]);
+        header->setSectionHidden(column, hidden[column]);
+    }
+    header->setSortIndicator(sortColumn, Qt::SortOrder(order));
     // The header shows the restored order but does not sort by itself.
     model->sort(header->sortIndicatorSection(), header->sortIndicatorOrder());
     reselectAfterSort();

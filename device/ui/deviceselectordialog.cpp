@@ -104,7 +104,10 @@ bool DeviceSelectorDialog::restoreState(const QByteArray& state)
     QByteArray geometry;
     QByteArray selectorState;
     in >> magic >> geometry >> selectorState;
-    if (in.status() != QDataStream::Ok || magic != DialogStateMagic)
+    // The geometry is tried on a widget of its own first, so that nothing changes unless both parts are good:
+    // restoreGeometry() refuses or accepts by the bytes alone, and the selector takes all of its part or none.
+    QWidget trial;
+    if (in.status() != QDataStream::Ok || magic != DialogStateMagic || !trial.restoreGeometry(geometry))
         return false;
     return selector->restoreState(selectorState) && restoreGeometry(geometry);
 }

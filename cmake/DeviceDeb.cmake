@@ -1,0 +1,132 @@
+# SPDX-License-Identifier: BSD-3-Clause
+# Debian packages of a build, made with CPack (scripts/package does it all):
+#
+#   cmake -S . -B build-deb/qt5 -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr -DDEVICE_DEB=ON
+#   cmake --build build-deb/qt5 && cmake --build build-deb/qt5 --target docs
+#   (cd build-deb/qt5 && cpack -G DEB)
+#
+# One package per install component, named so that the Qt 5 and the Qt 6
+# build install side by side, as their files do (Device6 names, Qt's own
+# plugin and documentation folders):
+#
+#   Runtime      libdevice1, libdevice6-1           the library
+#   Data         device-data (all)                  catalogue and translations,
+#                                                   the same for both
+#   Development  libdevice-dev, libdevice6-dev      headers, CMake package, .pc
+#   Examples     device-tools, device6-tools        devicequery, devicepicker
+#   Designer     device-designer-plugin, device6-designer-plugin
+#   Documentation device-doc, device6-doc (all)     the Qt help file
+#
+# Shared-library dependencies are computed by dpkg-shlibdeps; those between
+# the packages of one build are exact versions.
+option(DEVICE_DEB "Configure for Debian packages: /usr/share/doc files, no install RPATH" OFF)
+if(NOT DEVICE_DEB)
+    return()
+endif()
+
+# Under /usr the system's linker finds the library; a search path in the
+# programs would only be something lintian rightly flags.
+set(CMAKE_SKIP_INSTALL_RPATH ON)
+
+string(TOLOWER ${DEVICE_NAME} lower)
+if(QT_MAJOR_VERSION STREQUAL "6")
+    set(runtime_package lib${lower}-${PROJECT_VERSION_MAJOR}) # a SONAME ending in a digit
+    set(qt_dev_package qt6-base-dev)
+else()
+    set(runtime_package lib${lower}${PROJECT_VERSION_MAJOR})
+    set(qt_dev_package qtbase5-dev)
+endif()
+set(DEVICE_DEB_RELEASE 1)
+set(DEVICE_DEB_VERSION ${PROJECT_VERSION}-${DEVICE_DEB_RELEASE})
+
+# component  package  section  architecture  synopsis  description (wrapped
+# as control files want it)
+set(DEVICE_DEB_COMPONENTS
+    "Runtime|${runtime_package}|libs|any|chip database and chip selector widgets for FPGA tools (Qt ${QT_MAJOR_VERSION})|The shared library ${DEVICE_NAME}: a read-only database of the chips of a catalogue,\nfilters and free-text search, a sixteen-column table model, a selector\nwidget and a modal dialog."
+    "Data|device-data|misc|all|chip catalogue and translations of the Device library|The bundled chip catalogue and the German translation of the selector,\nshared by the Qt 5 and the Qt 6 build of the library."
+    "Development|lib${lower}-dev|libdevel|any|development files of the Device library (Qt ${QT_MAJOR_VERSION})|Headers in include/${DEVICE_NAME}/, the CMake package ${DEVICE_NAME} (target\n${DEVICE_NAME}::Device) and ${DEVICE_NAME}.pc for pkg-config."
+    "Examples|${lower}-tools|utils|any|chip queries and chip picker of the Device library (Qt ${QT_MAJOR_VERSION})|devicequery${DEVICE_NAME_SUFFIX} answers chip look-ups for build scripts, and\ndevicepicker${DEVICE_NAME_SUFFIX} opens the chip selector dialog and prints the chosen chip."
+    "Designer|${lower}-designer-plugin|devel|any|Qt Designer plugin of the Device library (Qt ${QT_MAJOR_VERSION})|Puts the chip selector and its search field into Qt Designer's widget\nbox, group Device."
+    "Documentation|${lower}-doc|doc|all|API documentation of the Device library for Qt Creator (Qt ${QT_MAJOR_VERSION})|The API documentation as a Qt help file in Qt's documentation folder,\nwhere Qt Creator finds it.")
+
+# Every package carries its copyright and changelog (Debian policy 12.5, 12.7).
+set(DEVICE_DEB_CHANGELOG ${PROJECT_BINARY_DIR}/deb/changelog.Debian)
+string(TIMESTAMP deb_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+set(CPACK_PACKAGE_CONTACT "Device developers <device@example.org>")
+
+set(CPACK_COMPONENTS_ALL)
+foreach(entry IN LISTS DEVICE_DEB_COMPONENTS)
+    string(REPLACE "|" ";" fields "${entry}")
+    list(GET fields 0 component)
+    list(GET fields 1 package)
+    list(GET fields 2 section)
+    list(GET fields 3 architecture)
+    list(GET fields 4 synopsis)
+    list(GET fields 5 description)
+    string(TOUPPER ${component} upper)
+    list(APPEND CPACK_COMPONENTS_ALL ${component})
+    set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${package})
+    set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section})
+    if(architecture STREQUAL "all")
+        set(CPACK_DEBIAN_${upper}_PACKAGE_ARCHITECTURE all)
+    endif()
+    set(CPACK_DEBIAN_${upper}_DESCRIPTION "${synopsis}\n${description}")
+
+    set(docdir ${PROJECT_BINARY_DIR}/deb/${package})
+    file(WRITE ${docdir}/changelog.Debian
+        "${package} (${DEVICE_DEB_VERSION}) unstable; urgency=medium\n\n"
+        "  * Release ${PROJECT_VERSION}.\n\n"
+        " -- ${CPACK_PACKAGE_CONTACT}  ${deb_date}\n")
+    file(READ ${PROJECT_SOURCE_DIR}/LICENSE licence)
+    string(REGEX REPLACE "\n\n" "\n.\n" licence "${licence}")
+    string(REGEX REPLACE "\n" "\n " licence "${licence}")
+    string(REGEX MATCH "Copyright \\(c\\) [^\n]*" holder "${licence}")
+    string(REPLACE "Copyright (c) " "" holder "${holder}")
+    file(WRITE ${docdir}/copyright
+        "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\n"
+        "Upstream-Name: Device\n\n"
+        "Files: *\nCopyright: ${holder}\nLicense: BSD-3-Clause\n ${licence}\n")
+    add_custom_command(OUTPUT ${docdir}/changelog.Debian.gz
+        COMMAND gzip -9nf -k ${docdir}/changelog.Debian
+        DEPENDS ${docdir}/changelog.Debian)
+    add_custom_target(deb_changelog_${component} ALL DEPENDS ${docdir}/changelog.Debian.gz)
+    install(FILES ${docdir}/copyright ${docdir}/changelog.Debian.gz
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
+        COMPONENT ${component})
+endforeach()
+
+set(CPACK_GENERATOR DEB)
+# CPack's own default summary, which CPackDeb leaves out, so that the first
+# line of each package's description is its synopsis (CMake 3.25's
+# CPackDeb.cmake prepends any other summary to every description).
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_NAME} built using CMake")
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_PACKAGE_NAME device)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${DEVICE_DEB_RELEASE})
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
+
+# Dependencies on other packages' shared libraries are computed; the library
+# itself is found in the build tree, and the packages of this build depend on
+# each other's exact version.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+# Within SONAME 1 a newer library serves what an older one did.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+set(CPACK_COMPONENT_RUNTIME_DEPENDS Data)
+set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS Runtime)
+# The library's package has ldconfig run through dpkg's trigger.
+file(WRITE ${PROJECT_BINARY_DIR}/deb/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/deb/triggers)
+set(CPACK_COMPONENT_EXAMPLES_DEPENDS Runtime)
+set(CPACK_COMPONENT_DESIGNER_DEPENDS Runtime)
+# Hosts compile against Qt's headers too.
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ${qt_dev_package})
+
+include(CPack)
