@@ -4,7 +4,6 @@
 #include <QDebug>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
 #include <QStringView>
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
 #include <QStringDecoder>
@@ -30,12 +29,12 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <climits>
 #include <cstring>
-#include <functional>
-#include <iterator>
+#include <memory>
 #include <system_error>
 #include <thread>
-#include <memory>
 #include <utility>
 #include <vector>
 
@@ -55,22 +54,47 @@ constexpr int FirstResourceColumn = 10;
 // accepted and simply lack speed and/or auxiliary.
 constexpr int MinimumColumns = 8;
 
-// The file is decoded block by block, so memory stays bounded however large
-// the file is, while each block is big enough to make per-call costs vanish.
-// A decoded block stays below the size from which the allocator maps memory
-// of its own, whose freeing would make it keep later large blocks.
+// The file is read and decoded block by block, so memory stays bounded however
+// large the file is, while each block is big enough to make per-call costs
+// vanish. A decoded block stays below the size from which the allocator maps
+// memory of its own, whose freeing would make it keep later large blocks.
 constexpr qint64 BlockSize = 1 << 15;
 
-// Whether two texts hold the same UTF-16 units.
+// Whether two texts hold the same UTF-16 units. Compared in line, eight bytes
+// at a time: the values are short, and a call to memcmp() would cost more.
 bool sameText(QStringView a, QStringView b)
 {
-    // memcmp() must not see the null pointer of an empty view, even for no bytes.
-    return a.size() == b.size()
-        && (a.isEmpty() || std::memcmp(a.data(), b.data(), size_t(a.size()) * sizeof(QChar)) == 0);
+    if (a.size() != b.size())
+        return false;
+    const char* x = reinterpret_cast<const char*>(a.data());
+    const char* y = reinterpret_cast<const char*>(b.data());
+    size_t left = size_t(a.size()) * sizeof(QChar);
+    for (; left >= 8; left -= 8, x += 8, y += 8) {
+        quint64 p, q;
+        std::memcpy(&p, x, 8);
+        std::memcpy(&q, y, 8);
+        if (p != q)
+            return false;
+    }
+    for (; left > 0; left -= 2, x += 2, y += 2) {
+        if (std::memcmp(x, y, 2) != 0)
+            return false;
+    }
+    return true;
+}
+
+// QStringView::trimmed(), without calling it for the usual value that begins
+// and ends with a visible ASCII character.
+QStringView trimmed(QStringView value)
+{
+    const auto visible = [](QChar c) { return c.unicode() > ' ' && c.unicode() < 0x7f; };
+    if (value.isEmpty() || (visible(value.front()) && visible(value.back())))
+        return value;
+    return value.trimmed();
 }
 
 // A hash of the text's units read eight bytes at a time; qHash() reads them
-// one by one, and loading hashes nearly every byte of the file.
+// one by one, and loading hashes nearly every value that changes.
 uint hashOf(QStringView text)
 {
     const char* bytes = reinterpret_cast<const char*>(text.data());
@@ -128,6 +152,8 @@ public:
         }
     }
 
+    size_t size() const { return m_size; }
+
 private:
     // Hashes of similar texts ("1000", "1001", ...) may be nearby numbers;
     // with linear probing, whole families of such values would pile up in
@@ -167,41 +193,59 @@ private:
 
     std::vector<Slot> m_slots;
     size_t m_size = 0;
+};
 
-public:
-    size_t size() const { return m_size; }
+/// One line of the file, without its line break, and where its commas are.
+struct Line
+{
+    QStringView text;
+    const int* commas; // their positions, counted from where origin is
+    int count;
+    int origin;
+
+    int columns() const { return count + 1; }
+    QStringView column(int c) const
+    {
+        const int from = c == 0 ? 0 : commas[c - 1] - origin + 1;
+        const int to = c < count ? commas[c] - origin : int(text.size());
+        return QStringView(text.data() + from, to - from);
+    }
+    /// The text from column @p c on.
+    QStringView from(int c) const { return text.mid(commas[c - 1] - origin + 1); }
 };
 
 /**
- * Turns decoded lines into records.
+ * Turns lines into records.
  *
  * Catalogue values repeat heavily (a series, a package or a voltage appears
  * on thousands of lines, a resource tuple on every line of one device), so
  * every value is stored once and shared by all records that carry it. That
- * keeps the database small and makes loading mostly hash look-ups.
+ * keeps the database small and makes loading mostly comparisons.
  */
 class RecordBuilder
 {
 public:
-    explicit RecordBuilder(QList<ChipInfo>& chips)
-        : m_chips(chips)
+    RecordBuilder()
+        : m_empty(QLatin1String(""))
     {
-        m_empty = QString(QLatin1String(""));
     }
 
-    /// The malformed lines counted by finish().
-    const DeviceDb::LoadReport& report() const { return m_report; }
+    size_t records() const { return m_slots.size(); }
+    void reserve(size_t records)
+    {
+        m_records.reserve(records);
+        m_slots.reserve(records);
+    }
 
-    void addLine(QStringView line)
+    void addLine(const Line& line)
     {
         ++m_lines;
-        if (line.isEmpty())
+        if (line.text.isEmpty())
             return;
 
-        findCommas(line);
-        const int columns = m_commas.size() + 1;
+        const int columns = line.columns();
         if (columns < MinimumColumns) {
-            m_malformed.append(line.toString());
+            m_malformed.append(line.text.toString());
             m_malformedAt.push_back(m_lines);
             return;
         }
@@ -220,111 +264,103 @@ public:
         info.auxiliary = columns > 9 ? text(line, 9) : m_empty;
         if (columns > FirstResourceColumn)
             info.resources = resources(line);
-        m_versionRank.push_back(versionBucket(info.deviceVersion));
+        m_slots.push_back(versionBucket(info.deviceVersion));
     }
 
-    /// Takes over the records and messages of @p later, which read the lines after this one's.
-    void append(RecordBuilder& later)
+    /**
+     * Reports the malformed lines of this builder and then of @p later, which
+     * read the lines after this one's, and puts the records of both in
+     * @p chips by device version, newest first, each version's in file
+     * order. Rows that @p chips holds already are filled, not created.
+     */
+    DeviceDb::LoadReport finish(RecordBuilder& later, QList<ChipInfo>& chips)
     {
-        for (int rank : later.m_versionRank)
-            m_versionRank.push_back(versionBucket(later.m_versions.at(rank)));
-        m_records.reserve(m_records.size() + later.m_records.size());
-        std::move(later.m_records.begin(), later.m_records.end(), std::back_inserter(m_records));
-        later.m_records.clear();
-        m_malformed += later.m_malformed;
-        for (int line : later.m_malformedAt)
-            m_malformedAt.push_back(m_lines + line);
-        m_lines += later.m_lines;
-    }
-
-    /// Reports the malformed lines in file order, then appends the records to
-    /// the list, ordered by device version, newest first.
-    void finish()
-    {
-        for (const QString& line : qAsConst(m_malformed))
-            qCritical() << "incorrect device info entry" << line;
-        m_malformed.clear();
-        m_report.skippedLines = int(m_malformedAt.size());
-        m_report.firstSkippedLine = m_malformedAt.empty() ? 0 : m_malformedAt.front();
+        DeviceDb::LoadReport report;
+        for (const RecordBuilder* part : {this, &later}) {
+            for (const QString& line : part->m_malformed)
+                qCritical() << "incorrect device info entry" << line;
+            report.skippedLines += int(part->m_malformedAt.size());
+        }
+        if (!m_malformedAt.empty())
+            report.firstSkippedLine = m_malformedAt.front();
+        else if (!later.m_malformedAt.empty())
+            report.firstSkippedLine = m_lines + later.m_malformedAt.front();
 
         // Few distinct versions exist, so this is a counting sort: rank the
-        // versions, then give each record its slot. Records of one version
-        // keep their file order.
+        // versions, then give each record its slot.
+        std::vector<int> laterBucket(size_t(later.m_versions.size()));
+        for (int i = 0; i < later.m_versions.size(); ++i)
+            laterBucket[size_t(i)] = versionBucket(later.m_versions.at(i));
+        for (int& slot : later.m_slots)
+            slot = laterBucket[size_t(slot)];
         const int buckets = m_versions.size();
-        std::vector<int> byVersion(buckets);
-        for (int i = 0; i < buckets; ++i)
-            byVersion[i] = i;
-        std::sort(byVersion.begin(), byVersion.end(), [this](int a, int b) {
-            return m_versions.at(a).compare(m_versions.at(b), Qt::CaseSensitive) > 0;
+        // Unit by unit, as QString::compare() orders them. The first eight
+        // units, packed into two numbers, settle most comparisons without
+        // reading the texts, which matters where versions are many.
+        struct Key
+        {
+            std::array<quint64, 2> head;
+            int bucket;
+        };
+        std::vector<Key> byVersion;
+        byVersion.reserve(size_t(buckets));
+        for (int i = 0; i < buckets; ++i) {
+            const QString& v = m_versions.at(i);
+            std::array<quint64, 2> head{};
+            for (int u = 0; u < 8; ++u)
+                head[size_t(u / 4)] = head[size_t(u / 4)] << 16 | (u < v.size() ? v.at(u).unicode() : 0);
+            byVersion.push_back({head, i});
+        }
+        std::sort(byVersion.begin(), byVersion.end(), [this](const Key& a, const Key& b) {
+            if (a.head[0] != b.head[0] || a.head[1] != b.head[1])
+                return a.head[0] != b.head[0] ? a.head[0] > b.head[0] : a.head[1] > b.head[1];
+            const QString &x = m_versions.at(a.bucket), &y = m_versions.at(b.bucket);
+            return std::lexicographical_compare(y.begin(), y.end(), x.begin(), x.end());
         });
-        std::vector<int> count(buckets, 0);
-        for (int rank : m_versionRank)
-            ++count[rank];
-        std::vector<int> position(buckets);
-        for (int i = 0, offset = 0; i < buckets; ++i) {
-            position[byVersion[i]] = offset;
-            offset += count[byVersion[i]];
+        std::vector<int> position(size_t(buckets), 0);
+        for (const RecordBuilder* part : {this, &later}) {
+            for (int slot : part->m_slots)
+                ++position[size_t(slot)];
         }
-        const int n = int(m_records.size());
-        std::vector<int> order(n);
-        for (int i = 0; i < n; ++i)
-            order[position[m_versionRank[i]]++] = i;
+        for (int i = 0, offset = 0; i < buckets; ++i)
+            offset += std::exchange(position[size_t(byVersion[size_t(i)].bucket)], offset);
+        for (RecordBuilder* part : {this, &later}) {
+            for (int& slot : part->m_slots)
+                slot = position[size_t(slot)]++;
+        }
 
-        // The list holds each record in a heap node of its own. Creating the
-        // nodes in their final order keeps neighbouring rows neighbours in
-        // memory, which every later walk over the list profits from. Moving
-        // a record in swaps its strings rather than copying them.
-        m_chips.reserve(m_chips.size() + n);
-        for (int i : order) {
-            m_chips.append(ChipInfo());
-            m_chips.last() = std::move(m_records[i]);
-        }
-        m_records.clear();
-        m_records.shrink_to_fit();
+        // The list holds as many rows as there are records, created in
+        // order so that neighbouring rows are neighbours in memory, which
+        // every later walk over the list profits from; fillRows() fills them.
+        const int rows = int(m_slots.size() + later.m_slots.size());
+        chips.reserve(rows);
+        const ChipInfo blank;
+        while (chips.size() < rows)
+            chips.append(blank);
+        while (chips.size() > rows)
+            chips.removeLast();
+        report.chips = rows;
+        return report;
+    }
+
+    /// Moves the records into their rows, swapping their strings rather
+    /// than copying them, and lets go of them.
+    void fillRows(QList<ChipInfo>& chips)
+    {
+        for (size_t i = 0; i < m_records.size(); ++i)
+            chips[m_slots[i]] = std::move(m_records[i]);
+        m_records = std::vector<ChipInfo>();
     }
 
 private:
-    // The positions of the line's commas, eight units at a time where SSE2
-    // is at hand: the scan touches every character of the file.
-    void findCommas(QStringView line)
-    {
-        m_commas.clear();
-        const auto* units = reinterpret_cast<const ushort*>(line.data());
-        const qsizetype size = line.size();
-        qsizetype i = 0;
-#if defined(__SSE2__)
-        const __m128i comma = _mm_set1_epi16(',');
-        for (; i + 8 <= size; i += 8) {
-            const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + i));
-            int hits = _mm_movemask_epi8(_mm_cmpeq_epi16(chunk, comma));
-            while (hits) {
-                const int bit = __builtin_ctz(unsigned(hits));
-                m_commas.append(int(i + bit / 2));
-                hits &= ~(3 << bit);
-            }
-        }
-#endif
-        for (; i < size; ++i) {
-            if (units[i] == ',')
-                m_commas.append(int(i));
-        }
-    }
-
-    QStringView column(QStringView line, int c) const
-    {
-        const int from = c == 0 ? 0 : m_commas.at(c - 1) + 1;
-        const int to = c < m_commas.size() ? m_commas.at(c) : int(line.size());
-        return line.mid(from, to - from);
-    }
-
     // Neighbouring lines mostly belong to one device and repeat most of
     // their values, so the value that a column had on the line before is
     // tried before the intern table.
-    QString text(QStringView line, int c)
+    const QString& text(const Line& line, int c)
     {
-        const QStringView value = column(line, c).trimmed();
+        const QStringView value = trimmed(line.column(c));
         QString& previous = m_previous[size_t(c)];
-        if (!sameText(previous, value) || previous.isNull())
+        if (previous.isNull() || !sameText(previous, value))
             previous = intern(value, c);
         return previous;
     }
@@ -345,52 +381,55 @@ private:
     }
 
     // Lines of one device and package carry the same counts, so whole
-    // resource lists are shared too. They are found by the text of the
-    // line's tail, compared column by column with a stored list.
-    QStringList resources(QStringView line)
+    // resource lists are shared too. The list of the line before usually
+    // serves, recognised by its text; others are found by that text's hash
+    // and compared column by column.
+    const QStringList& resources(const Line& line)
     {
-        const int from = m_commas.at(FirstResourceColumn - 1) + 1;
-        const QStringView tail = line.mid(from);
-        const auto sameCounts = [this, line](const QStringList& stored) {
-            if (stored.size() != m_commas.size() - FirstResourceColumn + 1)
+        const QStringView counts = line.from(FirstResourceColumn);
+        if (m_hasPreviousCounts && sameText(counts, m_previousCounts))
+            return m_previousResources;
+        const int first = FirstResourceColumn, last = line.columns() - 1;
+        const auto sameCounts = [&line, first, last](const QStringList& stored) {
+            if (stored.size() != last - first + 1)
                 return false;
-            for (int c = FirstResourceColumn; c <= m_commas.size(); ++c) {
-                if (!sameText(stored.at(c - FirstResourceColumn), column(line, c)))
+            for (int c = first; c <= last; ++c) {
+                if (!sameText(stored.at(c - first), line.column(c)))
                     return false;
             }
             return true;
         };
-        const auto makeList = [this, line] {
+        const auto makeList = [this, &line, first, last] {
             QStringList list;
-            list.reserve(m_commas.size() - FirstResourceColumn + 1);
-            for (int c = FirstResourceColumn; c <= m_commas.size(); ++c)
-                list.append(intern(column(line, c), c));
+            list.reserve(last - first + 1);
+            for (int c = first; c <= last; ++c)
+                list.append(intern(line.column(c), c));
             return list;
         };
-        // Lines of one device identifier follow each other and repeat its
-        // counts: the list of the line before usually serves.
-        if (sameCounts(m_previousResources))
-            return m_previousResources;
         Sharing& sharing = m_sharing[ListSharing];
         if (!sharing.worthIt) {
             m_previousResources = makeList();
         } else {
             const size_t stored = m_resourceLists.size();
-            m_previousResources = m_resourceLists.findOrInsert(hashOf(tail), sameCounts, makeList);
+            m_previousResources = m_resourceLists.findOrInsert(hashOf(counts), sameCounts, makeList);
             sharing.note(m_resourceLists.size() == stored);
         }
+        m_previousCounts.setUnicode(counts.data(), int(counts.size()));
+        m_hasPreviousCounts = true;
         return m_previousResources;
     }
 
     int versionBucket(const QString& version)
     {
-        auto it = m_versionIds.constFind(QStringView(version));
-        if (it != m_versionIds.constEnd())
-            return it.value();
-        const int id = m_versions.size();
-        m_versions.append(version);
-        m_versionIds.insert(QStringView(m_versions.last()), id);
-        return id;
+        if (m_lastVersion < 0 || !sameText(m_versions.at(m_lastVersion), version)) {
+            m_lastVersion = m_versionIds.findOrInsert(
+                hashOf(version), [&](int id) { return sameText(m_versions.at(id), version); },
+                [&] {
+                    m_versions.append(version);
+                    return m_versions.size() - 1;
+                });
+        }
+        return m_lastVersion;
     }
 
     /*
@@ -417,23 +456,24 @@ private:
     static constexpr int TrackedColumns = 24;
     static constexpr int ListSharing = TrackedColumns;
 
-    QList<ChipInfo>& m_chips;
     std::array<Sharing, TrackedColumns + 1> m_sharing;
     std::vector<ChipInfo> m_records;
     // Reported by finish(), so that lines read on two threads come out in file order.
     QStringList m_malformed;
     std::vector<int> m_malformedAt; // their line numbers, from 1
     int m_lines = 0;
-    DeviceDb::LoadReport m_report;
     QString m_empty;
-    QVarLengthArray<int, 64> m_commas;
     std::array<QString, FirstResourceColumn> m_previous;
     QStringList m_previousResources;
+    QString m_previousCounts; // their text
+    bool m_hasPreviousCounts = false;
     FlatPool<QString> m_strings;
     FlatPool<QStringList> m_resourceLists;
     QList<QString> m_versions;
-    QHash<QStringView, int> m_versionIds;
-    std::vector<int> m_versionRank;
+    FlatPool<int> m_versionIds;
+    int m_lastVersion = -1;
+    // Each record's version bucket, and from finish() on its row.
+    std::vector<int> m_slots;
 };
 
 /*
@@ -545,113 +585,168 @@ public:
     {
     }
 
-    void feed(const char* bytes, int size)
-    {
-        const int decodedFrom = m_buffer.size();
-        m_buffer += m_decoder.toUnicode(bytes, size);
-        if (m_buffer.indexOf(QLatin1Char('\r'), decodedFrom) >= 0) {
-            QChar* begin = m_buffer.data();
-            QChar* end = std::remove(begin + decodedFrom, begin + m_buffer.size(), QLatin1Char('\r'));
-            m_buffer.truncate(int(end - begin));
-        }
-
-        // What was left over from the last block holds no line break, so the
-        // search starts with the new text: a line spanning many blocks is
-        // not scanned again for every block.
-        const QStringView text(m_buffer);
-        qsizetype start = 0;
-        for (qsizetype end = text.indexOf(QLatin1Char('\n'), decodedFrom); end >= 0;
-             end = text.indexOf(QLatin1Char('\n'), start)) {
-            m_builder.addLine(text.mid(start, end - start));
-            start = end + 1;
-        }
-        m_buffer.remove(0, int(start));
-    }
+    void feed(const char* bytes, int size) { split(m_decoder.toUnicode(bytes, size)); }
 
     /// The last line, which has no line break after it. When the text ends
     /// in a line break there is none, and no line is counted.
     void finish()
     {
-        m_buffer += m_decoder.rest();
-        if (!m_buffer.isEmpty())
-            m_builder.addLine(m_buffer);
+        split(m_decoder.rest());
+        if (!m_carry.isEmpty())
+            m_builder.addLine({m_carry, m_carryCommas.constData(), m_carryCommas.size(), 0});
     }
 
 private:
+    // Finds the line breaks and commas of a decoded block in one pass, eight
+    // units at a time where SSE2 is at hand, and hands the builder every line
+    // the block completes. Lines are read where they lie; only the one that
+    // began in the block before is put together from both.
+    void split(QString text)
+    {
+        int marks = scan(text);
+        if (m_sawReturn) {
+            text.remove(QLatin1Char('\r'));
+            marks = scan(text);
+        }
+        const QChar* units = text.constData();
+        int start = 0, first = 0;
+        for (int k = 0; k < marks; ++k) {
+            const int at = m_marks[size_t(k)];
+            if (units[at] != QLatin1Char('\n'))
+                continue;
+            if (m_carry.isEmpty()) {
+                m_builder.addLine({QStringView(units + start, at - start), &m_marks[size_t(first)], k - first, start});
+            } else {
+                carry(units, start, at, first, k);
+                m_builder.addLine({m_carry, m_carryCommas.constData(), m_carryCommas.size(), 0});
+                m_carry.clear();
+                m_carryCommas.clear();
+            }
+            start = at + 1;
+            first = k + 1;
+        }
+        carry(units, start, int(text.size()), first, marks);
+    }
+
+    // Keeps the units from start to end, and the commas among them, for the
+    // line that goes on in the next block.
+    void carry(const QChar* units, int start, int end, int first, int last)
+    {
+        for (int k = first; k < last; ++k)
+            m_carryCommas.append(m_carry.size() + m_marks[size_t(k)] - start);
+        m_carry.append(units + start, end - start);
+    }
+
+    // Notes where the text's commas and line breaks are, and whether it
+    // holds a carriage return; returns how many were noted.
+    int scan(const QString& text)
+    {
+        const auto* units = reinterpret_cast<const ushort*>(text.constData());
+        const int size = int(text.size());
+        if (m_marks.size() < size_t(size))
+            m_marks.resize(size_t(size));
+        int* marks = m_marks.data();
+        int count = 0, i = 0;
+        bool sawReturn = false;
+#if defined(__SSE2__)
+        const __m128i comma = _mm_set1_epi16(',');
+        const __m128i lineBreak = _mm_set1_epi16('\n');
+        const __m128i carriageReturn = _mm_set1_epi16('\r');
+        __m128i returns = _mm_setzero_si128();
+        for (; i + 8 <= size; i += 8) {
+            const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + i));
+            const __m128i hit = _mm_or_si128(_mm_cmpeq_epi16(chunk, comma), _mm_cmpeq_epi16(chunk, lineBreak));
+            returns = _mm_or_si128(returns, _mm_cmpeq_epi16(chunk, carriageReturn));
+            for (unsigned bits = unsigned(_mm_movemask_epi8(_mm_packs_epi16(hit, hit))) & 0xff; bits; bits &= bits - 1)
+                marks[count++] = i + __builtin_ctz(bits);
+        }
+        sawReturn = _mm_movemask_epi8(returns) != 0;
+#endif
+        for (; i < size; ++i) {
+            sawReturn |= units[i] == '\r';
+            if (units[i] == ',' || units[i] == '\n')
+                marks[count++] = i;
+        }
+        m_sawReturn = sawReturn;
+        return count;
+    }
+
     Decoder m_decoder;
     RecordBuilder& m_builder;
-    QString m_buffer;
+    std::vector<int> m_marks; // of the block being split
+    bool m_sawReturn = false;
+    QString m_carry; // the start of a line that goes on in the next block
+    QVarLengthArray<int, 64> m_carryCommas;
 };
 
-void readStream(QFile& file, RecordBuilder& builder)
+// Feeds @p bytes of the file from where it stands, or all of the rest when
+// that is negative, and then the end of the text.
+void feedFile(QFile& file, qint64 bytes, LineFeeder& feeder)
 {
-    std::unique_ptr<LineFeeder> feeder;
-    for (;;) {
-        const QByteArray block = file.read(BlockSize);
-        if (block.isEmpty())
+    QByteArray block(int(BlockSize), Qt::Uninitialized);
+    for (qint64 got = 0; bytes != 0; bytes -= bytes > 0 ? got : 0) {
+        got = file.read(block.data(), bytes > 0 ? std::min(bytes, BlockSize) : BlockSize);
+        if (got <= 0)
             break;
-        if (!feeder)
-            feeder = std::make_unique<LineFeeder>(encodingFor(block.constData(), block.size()), false, builder);
-        feeder->feed(block.constData(), block.size());
+        feeder.feed(block.constData(), int(got));
     }
-    if (feeder)
-        feeder->finish();
-}
-
-void feedRange(const char* bytes, qint64 size, LineFeeder& feeder)
-{
-    for (qint64 at = 0; at < size; at += BlockSize)
-        feeder.feed(bytes + at, int(std::min(BlockSize, size - at)));
     feeder.finish();
 }
 
-// Files from this size on are read in two halves on two threads, when the
-// encoding allows cutting the bytes at a line break.
+// Files from this size on are read in two parts on two threads, when the
+// encoding allows cutting the bytes at a line break. The first part is the
+// smaller, since its thread also creates the list's rows while the second
+// part is being read.
 constexpr qint64 TwoThreadsFrom = 2 << 20;
+constexpr qint64 FirstPart = 45; // per cent
 
-/*
- * Reads a file mapped into memory. In UTF-8 and the one-byte encodings a
- * byte 0x0A is a line break wherever it stands, so a large file is cut after
- * the line break nearest its middle, and each half is decoded and parsed on
- * a thread of its own into a builder of its own; the second half's decoder
- * takes a leading U+FEFF as text, as the single decoder would have. The
- * records come together in file order, and equal values read by both
- * halves are simply stored twice.
- */
-void readMapped(const char* bytes, qint64 size, RecordBuilder& builder)
+// Runs first() on a thread of its own, when one can be had, and second() on
+// this one, and returns when both are done.
+template <typename First, typename Second>
+void together(First first, Second second)
 {
-    const Encoding encoding = encodingFor(bytes, size);
-    const char* middle = nullptr;
-    if (cuttable(encoding) && size >= TwoThreadsFrom && std::thread::hardware_concurrency() > 1)
-        middle = static_cast<const char*>(std::memchr(bytes + size / 2, '\n', size_t(size - size / 2)));
-    LineFeeder first(encoding, false, builder);
-    if (!middle) {
-        feedRange(bytes, size, first);
-        return;
-    }
-
-    const qint64 cut = middle - bytes + 1;
-    QList<ChipInfo> unused;
-    RecordBuilder laterRecords(unused);
-    LineFeeder second(encoding, true, laterRecords);
-    std::thread worker;
+    std::thread thread;
     try {
-        worker = std::thread(feedRange, bytes + cut, size - cut, std::ref(second));
+        thread = std::thread(first);
     } catch (const std::system_error&) {
-        feedRange(bytes + cut, size - cut, second);
     }
-    feedRange(bytes, cut, first);
-    if (worker.joinable())
-        worker.join();
-    builder.append(laterRecords);
+    second();
+    if (thread.joinable())
+        thread.join();
+    else
+        first();
+}
+
+// Where the first line that ends after @p from ends, or 0. The file is left
+// where it stood.
+qint64 lineEndAfter(QFile& file, qint64 from)
+{
+    const qint64 resume = file.pos();
+    qint64 end = 0;
+    if (file.seek(from)) {
+        for (QByteArray block; end == 0 && !(block = file.read(BlockSize)).isEmpty(); from += block.size()) {
+            const int at = block.indexOf('\n');
+            end = at < 0 ? 0 : from + at + 1;
+        }
+    }
+    file.seek(resume);
+    return end;
 }
 
 } // namespace
 
+/*
+ * In UTF-8 and the one-byte encodings a byte 0x0A is a line break wherever it
+ * stands, so a large file is cut after the line break nearest its middle, and
+ * each half is decoded and parsed on a thread of its own into a builder of
+ * its own; the second half's decoder takes a leading U+FEFF as text, as the
+ * single decoder would have. The records come together in file order, and
+ * equal values read by both halves are simply stored twice.
+ */
 void DeviceDbPrivate::loadDataFile(const QString& fileName)
 {
     QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text | QIODevice::Unbuffered)) {
         qCritical() << "can not opend device data file: " << fileName;
         report.status = QFileInfo::exists(fileName) ? DeviceDb::LoadReport::Unreadable : DeviceDb::LoadReport::NotFound;
         return;
@@ -661,17 +756,52 @@ void DeviceDbPrivate::loadDataFile(const QString& fileName)
     // raw bytes, decoded in the file's encoding (see Encoding), and then
     // every carriage return dropped from the decoded text (see LineFeeder).
     file.setTextModeEnabled(false);
-    RecordBuilder builder(chips);
+    const QByteArray head = file.read(BlockSize);
+    const Encoding encoding = encodingFor(head.constData(), head.size());
+    RecordBuilder builder, later;
+    LineFeeder first(encoding, false, builder), second(encoding, true, later);
+    first.feed(head.constData(), head.size());
+
+    // Records are many; reserving what the first block promises, and some
+    // more, spares moving them all as the list grows. Reserved pages that
+    // stay unused are never touched.
+    const double perByte = head.isEmpty() ? 0 : double(builder.records()) / double(head.size());
     const qint64 size = file.size();
-    const uchar* mapped = size > 0 ? file.map(0, size) : nullptr;
-    if (mapped)
-        readMapped(reinterpret_cast<const char*>(mapped), size, builder);
+    const qint64 cut = cuttable(encoding) && size >= TwoThreadsFrom && !file.isSequential()
+            && std::thread::hardware_concurrency() > 1
+        ? lineEndAfter(file, size * FirstPart / 100)
+        : 0;
+    QFile rest(fileName);
+    const bool twoParts = cut > 0 && rest.open(QIODevice::ReadOnly | QIODevice::Unbuffered) && rest.seek(cut);
+    builder.reserve(size_t(1.25 * perByte * double(twoParts ? cut : size)));
+    if (!twoParts) {
+        feedFile(file, -1, first);
+    } else {
+        later.reserve(size_t(1.25 * perByte * double(size - cut)));
+        std::atomic<bool> secondRead{false};
+        const auto readSecond = [&] {
+            feedFile(rest, -1, second);
+            secondRead = true;
+        };
+        together(readSecond, [&] {
+            feedFile(file, cut - head.size(), first);
+            // Until the second part is read, create the rows of the list
+            // that the whole file promises; finish() fills them.
+            const double expected = double(builder.records()) * double(size) / double(cut);
+            const int rows = int(std::min(double(INT_MAX), expected));
+            const ChipInfo blank;
+            chips.reserve(rows);
+            while (!secondRead && chips.size() < rows) {
+                for (int i = 0; i < 1024; ++i)
+                    chips.append(blank);
+            }
+        });
+    }
+    report = builder.finish(later, chips);
+    if (twoParts)
+        together([&] { later.fillRows(chips); }, [&] { builder.fillRows(chips); });
     else
-        readStream(file, builder);
-    builder.finish();
-    report.skippedLines = builder.report().skippedLines;
-    report.firstSkippedLine = builder.report().firstSkippedLine;
-    report.chips = chips.size();
+        builder.fillRows(chips);
     file.close();
 #if defined(DEV_TRIM_AFTER_LOAD)
     // Loading frees its temporary tables, most of them on a second thread
