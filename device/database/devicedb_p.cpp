@@ -172,11 +172,11 @@ bool cuttable(Encoding codec)
 
 /*
  * Decodes in the file's encoding; with keepMark, a leading U+FEFF is text
- * rather than a mark to drop. A UTF-8 sequence cut at the end of a block
- * waits for the next one, so that the text is that of the whole file
- * decoded at once, however the bytes are split (Qt 5's decoder would
- * otherwise read an invalid sequence cut in two differently, and Qt 6.4's
- * drops the byte that follows a sequence cut between two calls).
+ * rather than a mark to drop. In UTF-8, what follows a block's last ASCII
+ * byte, after which no sequence can be pending, waits for the next block, so
+ * that the text is that of the whole file decoded at once however the bytes
+ * are split: Qt 5's decoder reads an invalid sequence cut in two otherwise,
+ * and Qt 6.4's drops the byte that follows a sequence cut between two calls.
  */
 class Decoder
 {
@@ -201,15 +201,18 @@ public:
         if (!m_held.isEmpty())
             piece = std::exchange(m_held, QByteArray()) + piece;
         if (m_utf8) {
-            qsizetype lead = piece.size();
-            while (lead > 0 && lead > piece.size() - 4 && (uchar(piece.at(lead - 1)) & 0xC0) == 0x80)
-                --lead;
-            const uchar first = lead > 0 ? uchar(piece.at(lead - 1)) : 0;
-            const qsizetype length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : first >= 0xC0 ? 2 : 1;
-            if (lead > 0 && piece.size() - (lead - 1) < length) {
-                m_held = piece.mid(lead - 1);
-                piece.truncate(lead - 1);
+            qsizetype keep = piece.size(), lead = keep - 1;
+            while (keep > 0 && uchar(piece.at(keep - 1)) >= 0x80)
+                --keep;
+            if (keep == 0) { // no ASCII byte: only a sequence cut at the end waits
+                while (lead > 0 && lead > piece.size() - 4 && (uchar(piece.at(lead)) & 0xC0) == 0x80)
+                    --lead;
+                const uchar first = lead >= 0 ? uchar(piece.at(lead)) : 0;
+                const qsizetype length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : first >= 0xC0 ? 2 : 1;
+                keep = piece.size() - lead < length ? lead : piece.size();
             }
+            m_held = piece.mid(keep);
+            piece.truncate(keep);
         }
         return decode(piece);
     }
@@ -287,7 +290,7 @@ public:
         }
         split(m_decoder.rest());
         if (!m_carry.isEmpty())
-            addLine({m_carry, m_carryCommas.constData(), m_carryCommas.size(), 0});
+            addLine({m_carry, m_carryCommas.constData(), int(m_carryCommas.size()), 0});
     }
 
     /**
@@ -331,8 +334,7 @@ public:
         // neighbours in memory, which every later walk over the list profits
         // from; loadDataFile() may have created most of them already.
         chips.reserve(rows);
-        const ChipInfo blank;
-        while (chips.size() < rows)
+        for (const ChipInfo blank; chips.size() < rows;)
             chips.append(blank);
         while (chips.size() > rows)
             chips.removeLast();
@@ -368,7 +370,7 @@ private:
                 addLine({QStringView(units + start, at - start), &m_marks[size_t(first)], k - first, start});
             } else {
                 carry(units, start, at, first, k);
-                addLine({m_carry, m_carryCommas.constData(), m_carryCommas.size(), 0});
+                addLine({m_carry, m_carryCommas.constData(), int(m_carryCommas.size()), 0});
                 m_carry.clear();
                 m_carryCommas.clear();
             }
@@ -662,9 +664,8 @@ void DeviceDbPrivate::loadDataFile(const QString& fileName)
             // Until the second part is read, create the rows of the list
             // that the whole file promises; finish() fills them.
             const int rows = int(std::min(double(INT_MAX), double(first.records()) * double(size) / double(cut)));
-            const ChipInfo blank;
             chips.reserve(rows);
-            while (!secondRead && chips.size() < rows) {
+            for (const ChipInfo blank; !secondRead && chips.size() < rows;) {
                 for (int i = 0; i < 1024; ++i)
                     chips.append(blank);
             }
