@@ -17,6 +17,9 @@ struct ChipRequirements;
 class DeviceDb;
 class SearchLineEdit;
 class Ui_DeviceSelector;
+namespace pimpl {
+struct SelectorAddOns;
+}
 
 /**
  * @brief A widget for picking one chip of a DeviceDb.
@@ -151,14 +154,20 @@ private:
     std::unique_ptr<Private> d;
 
     void updateBase();
+    void showPreset(const QModelIndex& index);
+
+    // The add-ons, each in a file of its own, keep their state here.
+    pimpl::SelectorAddOns& addOns() const;
+
     QList<ChipInfo> chipsOfCascade() const;
     void setUpRequirements();
     void applyRequirements();
+    void setApplied(const ChipRequirements& requirements);
 
     void setUpUsability();
     void setUpKeyboard();
     void setUpAccessibility();
-    void showPreset(const QModelIndex& index);
+    void makeCurrent(const QModelIndex& index);
     void reselectAfterSort();
     void copySelection(bool wholeRow) const;
 };
