@@ -351,6 +351,40 @@ private Q_SLOTS:
         QCOMPARE(again.size(), QSize(700, 520));
     }
 
+    // A preset scrolls once, from the event loop, and puts its row in the middle: not at once and not twice (as the
+    // view's own scroll to a new current index would), whether the selector was shown before the preset or after it.
+    void presetScrollsOnceFromTheEventLoop_data()
+    {
+        QTest::addColumn<bool>("shownFirst");
+        QTest::newRow("shown, then preset") << true;
+        QTest::newRow("preset, then shown") << false;
+    }
+    void presetScrollsOnceFromTheEventLoop()
+    {
+        QFETCH(bool, shownFirst);
+        QByteArray lines;
+        for (int i = 10; i < 70; ++i)
+            lines += chipLine("t-" + QByteArray::number(i), "PN-" + QByteArray::number(i));
+        const auto db = m_files.load(lines);
+        DeviceSelector selector(db.get());
+        selector.resize(500, 400);
+        selector.setVisible(shownFirst);
+        auto* table = selector.findChild<QTableView*>();
+        QSignalSpy scrolls(table->verticalScrollBar(), &QScrollBar::valueChanged);
+        selector.setCurrentDevice(QStringLiteral("t-55"));
+        selector.show();
+        QCOMPARE(scrolls.count(), 0);
+        QVERIFY(QTest::qWaitForWindowExposed(&selector));
+        QCoreApplication::processEvents();
+        QCOMPARE(scrolls.count(), 1);
+        // Where the view centres the row in the widget as laid out now.
+        const int centred = table->verticalScrollBar()->value();
+        table->scrollToTop();
+        table->scrollTo(table->model()->index(55 - 10, 0), QAbstractItemView::PositionAtCenter);
+        QCOMPARE(centred, table->verticalScrollBar()->value());
+        QVERIFY(centred > 0);
+    }
+
     // "preset: steps[ button]": what the dialog showed when it opened (OK enabled, the part number selected), and
     // the part number returned. A preset "=PN" is the exact chip PN.
     void getSelectedChip_data()

@@ -153,8 +153,13 @@ void DeviceSelector::setUpUsability()
 void DeviceSelector::makeCurrent(const QModelIndex& index)
 {
     // The keyboard starts where the highlight is, so Enter, the arrow keys
-    // and copying act on that chip.
-    ui->tableView->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    // and copying act on that chip. The view would scroll to a new current
+    // index at once (or as it is shown); the caller scrolls when it is time.
+    QTableView* table = ui->tableView;
+    const bool autoScroll = table->hasAutoScroll();
+    table->setAutoScroll(false);
+    table->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    table->setAutoScroll(autoScroll);
 }
 
 void DeviceSelector::setUpKeyboard()
