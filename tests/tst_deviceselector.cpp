@@ -5,6 +5,7 @@
 
 #include "deviceselectordialog.h"
 
+#include "chiprequirements.h"
 #include "deviceselector.h"
 #include "searchlineedit.h"
 #include "testhelpers.h"
@@ -59,7 +60,9 @@ QString rowsOf(const QWidget& w)
 /// Applies steps in order: "box=text", a search option ("case", "wild", "regexp", "exact", "group<n>"), "type:text"
 /// typed into the search field ('<' is a backspace), "set:text" set by code, "click:part number" ("dbl:" a double
 /// click), "sort:column" (a header click), "key:name" pressed where the focus is, "preset:device id" or
-/// "exact:part number[/match key]".
+/// "exact:part number[/match key]"; "menu:word" the table's visible, enabled context-menu entry starting with it,
+/// "column:n" a click on column n of the comparison panel ("cdbl:n" a double click), "button:word" a click on the
+/// button starting with it, "compare:PN,PN..." the host's comparison (match key MK), "hidden" the panel hidden.
 bool apply(QWidget& w, const QString& steps)
 {
     auto* search = w.findChild<DEV::SearchLineEdit*>();
@@ -93,6 +96,36 @@ bool apply(QWidget& w, const QString& steps)
             QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, {header->sectionViewportPosition(step.mid(5).toInt()) + 9, 5});
         } else if (step.startsWith(QLatin1String("preset:"))) {
             selector->setCurrentDevice(step.mid(7));
+        } else if (step.startsWith(QLatin1String("menu:"))) {
+            QAction* entry = nullptr;
+            for (QAction* action : w.findChild<QTableView*>()->actions())
+                entry = action->text().startsWith(step.mid(5)) && action->isVisible() && action->isEnabled() ? action : entry;
+            if (!entry)
+                return false;
+            entry->trigger();
+        } else if (step.startsWith(QLatin1String("button:"))) {
+            QPushButton* button = nullptr;
+            for (QPushButton* candidate : w.findChildren<QPushButton*>())
+                button = candidate->text().startsWith(step.mid(7)) && candidate->isEnabled() ? candidate : button;
+            if (!button)
+                return false;
+            QTest::mouseClick(button, Qt::LeftButton);
+        } else if (step.startsWith(QLatin1String("column:")) || step.startsWith(QLatin1String("cdbl:"))) {
+            auto* panel = w.findChild<QTableView*>(QStringLiteral("comparisonView"));
+            const QPoint at = panel->visualRect(panel->model()->index(0, step.section(':', 1).toInt())).center();
+            QTest::mouseClick(panel->viewport(), Qt::LeftButton, {}, at);
+            if (step.startsWith(QLatin1String("cdbl:")))
+                QTest::mouseDClick(panel->viewport(), Qt::LeftButton, {}, at);
+        } else if (step.startsWith(QLatin1String("compare:"))) {
+            QList<DEV::ChipInfo> chips;
+            for (const QString& partNumber : step.mid(8).split(',')) {
+                chips << DEV::ChipInfo();
+                chips.last().partNumber = partNumber;
+                chips.last().matchKey = QStringLiteral("MK");
+            }
+            selector->setComparedChips(chips);
+        } else if (step == QLatin1String("hidden")) {
+            selector->setComparisonVisible(false);
         } else if (box && box->findText(step.section('=', 1)) >= 0) {
             box->setCurrentIndex(box->findText(step.section('=', 1)));
         } else if (option) {
@@ -113,6 +146,8 @@ class TestDeviceSelector : public QObject
 private:
     TestHelpers::Catalogues m_files;
     std::unique_ptr<DEV::DeviceDb> m_cascade;
+    // Chips t-10 to t-69, part numbers PN-10 to PN-69, LUT 100 times the number; "short" ends at t-59.
+    std::unique_ptr<DEV::DeviceDb> m_long, m_short;
 
     /// A shown selector, so that rows have geometry for clicks.
     std::unique_ptr<DeviceSelector> shown()
@@ -130,6 +165,13 @@ private Q_SLOTS:
     {
         Q_INIT_RESOURCE(searchlineedit_icon);
         m_cascade = m_files.load(Cascade);
+        QByteArray lines;
+        for (int i = 10; i < 70; ++i) {
+            lines += chipLine("t-" + QByteArray::number(i), "PN-" + QByteArray::number(i)).replace(",200,", "," + QByteArray::number(i * 100) + ",");
+            if (i == 59)
+                m_short = m_files.load(lines);
+        }
+        m_long = m_files.load(lines);
     }
 
     // The signal hosts connect to by its string signature; then the dialog's set-up and the table's.
@@ -251,6 +293,68 @@ private Q_SLOTS:
             QCOMPARE(fields(qvariant_cast<DEV::DeviceArg>(spy.last().at(0))), fields(selector->selectedDevice()));
     }
 
+    // With the comparison panel shown: "steps|current entries|rows|count label|reports|part number selected|compared
+    // chips|context-menu entries after the copy actions ("~": disabled)". The same package: the series (one rebuild
+    // that resets the other boxes, run directly when the series stays), the package (one more) and the chip again,
+    // the search cleared. A compared column presets its chip as setCurrentDevice(ChipInfo) does.
+    void choosingBetweenChips_data()
+    {
+        QTest::addColumn<QString>("road");
+        const char* const roads[][2] = {
+            {"nothing chosen: entries off", "|%any|%rows|(0 matches)||||Show~ Add~"},
+            {"same package from every chip", "click:PN-A1 menu:Show|X1,Any,Any,P1,Any|PN-A1 PN-C3|(0 matches)|a-02 - - a-02|"
+                                             "PN-A1||Show Add"},
+            {"same package: the series stays, the other boxes and the search go",
+             "cbSeries=X1 cbDevice=D20 cbCondition=C7 type:B2 click:PN-B2 menu:Show|X1,Any,Any,P2,Any|PN-B1 PN-B2|"
+             "(0 matches)|- - - - - - - a-01 - - a-01|PN-B2||Show Add"},
+            {"same package of a chip without id", "click:pn-a menu:Show|S2,Any,Any,R1,Any|pn-a|(0 matches)|- - - -|pn-a||"
+                                                  "Show Add"},
+            {"a compared chip offers Remove", "click:PN-A1 menu:Add|%any|%rows|(0 matches)|a-02|PN-A1|PN-A1|Show Remove"},
+            {"add, add, remove", "click:PN-A1 menu:Add click:PN-9 menu:Add click:PN-A1 menu:Remove|%any|%rows|(0 matches)|"
+                                 "a-02 b-01 a-02|PN-A1|PN-9|Show Add"},
+            {"Enter on a column", "click:PN-A1 menu:Add click:PN-Z menu:Add column:0 key:Return|X1,D20,A,Any,Any|PN-A1|"
+                                  "(0 matches)|a-02 b-02 - - - - - a-02|PN-A1|PN-A1 PN-Z|Show Remove"},
+            {"double-click on a column", "compare:PN-Z,PN-A1 cdbl:0|x1,D30,,Any,Any|PN-Z|(0 matches)|- - - - - b-02|PN-Z|"
+                                         "PN-Z PN-A1|Show Remove"},
+            {"host's list: unknown and repeated part numbers left out", "compare:PN-9,PN-X,PN-9,pn-a|%any|%rows|"
+                                                                        "(0 matches)|||PN-9 pn-a|Show~ Add~"},
+            {"Select in table, then Clear", "compare:PN-9,PN-Z column:0 button:Select button:Clear|x1,D20,C,Any,Any|PN-9|"
+                                            "(0 matches)|- - - - - b-01|PN-9||Show Add"},
+            {"Remove the current column", "compare:PN-9,PN-A1,PN-Z column:1 button:Remove|%any|%rows|(0 matches)|||"
+                                          "PN-9 PN-Z|Show~ Add~"},
+            {"a search hides the compared chip", "type:zzz compare:PN-9 column:0 key:Return|x1,D20,C,Any,Any||(0 matches)|"
+                                                 "- - - - - - - -||PN-9|Show~ Add~"},
+            {"panel hidden: the copy actions only", "compare:PN-9 click:PN-9 hidden|%any|%rows|(0 matches)|b-01|PN-9|PN-9|"},
+        };
+        for (const auto& road : roads)
+            QTest::newRow(road[0]) << QString::fromLatin1(road[1])
+                                          .replace(QLatin1String("%any"), "Any,Any,Any,Any,Any")
+                                          .replace(QLatin1String("%rows"), "PN-10 PN-9 PN-A1 PN-B1 PN-B2 PN-C3 PN-Z pn-a");
+    }
+    void choosingBetweenChips()
+    {
+        QFETCH(QString, road);
+        const L expected = road.split('|');
+        auto selector = shown();
+        QVERIFY(selector && !selector->comparisonVisible());
+        QVERIFY(!selector->findChild<QTableView*>(QStringLiteral("comparisonView"))->isVisible());
+        selector->setComparisonVisible(true);
+        QSignalSpy spy(selector.get(), &DeviceSelector::selectedDeviceChanged);
+        QVERIFY(apply(*selector, expected.at(0)));
+        L compared, menu;
+        for (const DEV::ChipInfo& chip : selector->comparedChips())
+            compared << chip.partNumber;
+        for (QAction* action : selector->findChild<QTableView*>()->actions().mid(2)) { // after the copy actions
+            if (action->isVisible() && !action->isSeparator())
+                menu << action->text().section(' ', 0, 0) + (action->isEnabled() ? "" : "~");
+        }
+        QCOMPARE((L{expected.at(0), boxes(*selector, false), rowsOf(*selector), matchCount(*selector), reports(spy),
+                    selector->selectedDevice().partNumber, compared.join(' '), menu.join(' ')}),
+                 expected);
+        if (!expected.at(5).isEmpty())
+            QCOMPARE(fields(qvariant_cast<DEV::DeviceArg>(spy.last().at(0))), fields(selector->selectedDevice()));
+    }
+
     // The filter runs before the versions are refilled.
     void deviceChangeFiltersBeforeRefillingVersions()
     {
@@ -362,11 +466,7 @@ private Q_SLOTS:
     void presetScrollsOnceFromTheEventLoop()
     {
         QFETCH(bool, shownFirst);
-        QByteArray lines;
-        for (int i = 10; i < 70; ++i)
-            lines += chipLine("t-" + QByteArray::number(i), "PN-" + QByteArray::number(i));
-        const auto db = m_files.load(lines);
-        DeviceSelector selector(db.get());
+        DeviceSelector selector(m_long.get());
         selector.resize(500, 400);
         selector.setVisible(shownFirst);
         auto* table = selector.findChild<QTableView*>();

@@ -42,7 +42,9 @@ struct SelectorAddOns
     ChipRequirements applied;
     /// The comparison panel, hidden unless the host shows it.
     ComparisonPanel* comparison = nullptr;
-    /// The table's context-menu actions on the chosen chip.
+    /// The table's context-menu entries on the chosen chip, after a separator;
+    /// in the menu while the comparison panel is shown.
+    QAction* separator = nullptr;
     QAction* samePackage = nullptr;
     QAction* addToComparison = nullptr;
     QAction* removeFromComparison = nullptr;

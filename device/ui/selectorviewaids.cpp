@@ -148,6 +148,7 @@ void DeviceSelector::setUpUsability()
     setUpKeyboard();
     setUpAccessibility();
     setUpRequirements();
+    setUpComparison();
 }
 
 void DeviceSelector::makeCurrent(const QModelIndex& index)
