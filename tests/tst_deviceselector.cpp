@@ -485,6 +485,102 @@ private Q_SLOTS:
         QVERIFY(centred > 0);
     }
 
+    // The dialog's recent chips: accepted with OK ("ok:PN", "ok:" with no row selected), not with Cancel ("cancel:PN");
+    // "recent list|restored over a catalogue without t-60 to t-69|selected by the newest entry of the drop-down there".
+    void recentChips_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("newest first, once each") << "ok: ok:PN-11 cancel:PN-12 ok:PN-60 ok:PN-11" << "PN-11 PN-60|PN-11|PN-11";
+        QTest::newRow("eight kept") << "ok:PN-10 ok:PN-11 ok:PN-12 ok:PN-13 ok:PN-14 ok:PN-15 ok:PN-16 ok:PN-17 ok:PN-18"
+                                    << "PN-18 PN-17 PN-16 PN-15 PN-14 PN-13 PN-12 PN-11|"
+                                       "PN-18 PN-17 PN-16 PN-15 PN-14 PN-13 PN-12 PN-11|PN-18";
+        QTest::newRow("none accepted") << "ok: cancel:PN-12" << "||";
+        QTest::newRow("all gone from the catalogue") << "ok:PN-65 ok:PN-69" << "PN-69 PN-65||";
+    }
+    void recentChips()
+    {
+        QFETCH(QString, steps);
+        QFETCH(QString, expected);
+        const auto partNumbers = [](const QList<DEV::ChipInfo>& chips) {
+            L out;
+            for (const DEV::ChipInfo& chip : chips)
+                out << chip.partNumber;
+            return out.join(' ');
+        };
+        DeviceSelectorDialog dialog(m_long.get());
+        for (const QString& step : steps.split(' ')) {
+            dialog.setCurrentDevice(m_long->findByPN(step.section(':', 1)).value(0));
+            step.startsWith("ok:") ? dialog.accept() : dialog.reject();
+        }
+        DeviceSelectorDialog restored(m_short.get());
+        QVERIFY(!restored.recentVisible() && restored.restoreState(dialog.saveState()));
+        restored.setRecentVisible(true);
+        auto* button = restored.findChild<QPushButton*>("recentButton");
+        L entries;
+        for (QAction* entry : button->menu()->actions())
+            entries << entry->text();
+        QCOMPARE(entries.join(' '), partNumbers(restored.recentChips())); // the drop-down lists them
+        QCOMPARE(button->isEnabled(), !entries.isEmpty());
+        if (!entries.isEmpty())
+            button->menu()->actions().first()->trigger();
+        QCOMPARE(L({partNumbers(dialog.recentChips()), entries.join(' '), restored.selectedDevice().partNumber}).join('|'),
+                 expected);
+        QVERIFY(restored.recentVisible() && button->isVisibleTo(&restored));
+    }
+
+    // The dialog takes all of a state or nothing: a foreign or damaged one changes nothing and reports nothing. A state
+    // saved before the recent chips were kept is read as one without them.
+    void dialogStateAllOrNothing_data()
+    {
+        QTest::addColumn<QByteArray>("state");
+        QTest::addColumn<bool>("taken");
+        DeviceSelectorDialog dialog(m_cascade.get());
+        dialog.resize(640, 480);
+        const QByteArray geometry = dialog.saveGeometry(), selector = dialog.deviceSelector()->saveState();
+        const auto state = [&](const QByteArray& geometry, const QByteArray& selector, const QVariant& recent) {
+            QByteArray bytes;
+            QDataStream out(&bytes, QIODevice::WriteOnly);
+            out.setVersion(QDataStream::Qt_5_12);
+            out << quint32(0x44455344) << geometry << selector;
+            if (recent.isValid())
+                out << recent.toStringList();
+            return bytes;
+        };
+        const QByteArray good = state(geometry, selector, L{"PN-9", "MK", "PN-B1", "MK"});
+        QTest::newRow("good") << good << true;
+        QTest::newRow("saved before the recent chips") << state(geometry, selector, QVariant()) << true;
+        QTest::newRow("empty") << QByteArray() << false;
+        QTest::newRow("the selector's") << selector << false;
+        QTest::newRow("cut short") << good.chopped(1) << false;
+        QTest::newRow("something after it") << good + '\0' << false;
+        QTest::newRow("odd recent list") << state(geometry, selector, L{"PN-9", "MK", "PN-B1"}) << false;
+        QTest::newRow("nine recent chips") << state(geometry, selector, QString("PN-9,MK,").repeated(9).split(',', Qt::SkipEmptyParts)) << false;
+        QTest::newRow("damaged geometry") << state("geometry", selector, L()) << false;
+        QTest::newRow("damaged selector part") << state(geometry, "DEV", L()) << false;
+    }
+    void dialogStateAllOrNothing()
+    {
+        QFETCH(QByteArray, state);
+        QFETCH(bool, taken);
+        DeviceSelectorDialog dialog(m_cascade.get());
+        dialog.setCurrentDevice(m_cascade->findByPN("PN-Z").value(0));
+        dialog.accept();
+        dialog.setCurrentDevice(m_cascade->findByPN("PN-A1").value(0));
+        apply(dialog, "sort:0");
+        dialog.resize(500, 400);
+        const QByteArray before = dialog.saveState();
+        QSignalSpy spy(&dialog, &DeviceSelectorDialog::selectedDeviceChanged);
+        QCOMPARE(dialog.restoreState(state), taken);
+        QCOMPARE(dialog.saveState() == before, !taken);
+        L recent;
+        for (const DEV::ChipInfo& chip : dialog.recentChips())
+            recent << chip.partNumber;
+        QCOMPARE(recent.join(' ') + '|' + dialog.selectedDevice().partNumber + '|' + QString::number(spy.count()),
+                 QString(!taken ? "PN-Z" : state.size() > before.size() ? "PN-9 PN-B1" : "") + "|PN-A1|0");
+        QCOMPARE(dialog.size(), taken ? QSize(640, 480) : QSize(500, 400));
+    }
+
     // "preset: steps[ button]": what the dialog showed when it opened (OK enabled, the part number selected), and
     // the part number returned. A preset "=PN" is the exact chip PN.
     void getSelectedChip_data()

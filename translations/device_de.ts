@@ -193,6 +193,18 @@
         <source>Select Device</source>
         <translation>Baustein auswählen</translation>
     </message>
+    <message>
+        <source>Recent</source>
+        <translation>Zuletzt gewählt</translation>
+    </message>
+    <message>
+        <source>Recent chips</source>
+        <translation>Zuletzt gewählte Bausteine</translation>
+    </message>
+    <message>
+        <source>The chips accepted last, newest first; choosing one selects it</source>
+        <translation>Die zuletzt übernommenen Bausteine, der neueste zuerst; der gewählte wird in der Tabelle ausgewählt</translation>
+    </message>
 </context>
 <context>
     <name>DEV::pimpl::RequirementsRow</name>
