@@ -485,6 +485,46 @@ private Q_SLOTS:
         QVERIFY(centred > 0);
     }
 
+    // The row of minimums as a host fills it, in the selector ("set:", "show", "hide") and in the dialog ("dialog:"):
+    // "shown|minimums that apply|rows|LUT field".
+    void requirementsFromTheHost_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("selector, row hidden: nothing applies") << "set:LUT=6500" << "0||60|6500";
+        QTest::newRow("selector, filled, then shown") << "set:LUT=6500 show" << "1|LUT=6500|5|6500";
+        QTest::newRow("selector, shown, then filled") << "show set:LUT=6500,IO=100" << "1|IO=100,LUT=6500|5|6500";
+        QTest::newRow("selector, hidden again") << "set:LUT=6500 show hide" << "0||60|6500";
+        QTest::newRow("dialog shows the row it fills") << "dialog:LUT=6500" << "1|LUT=6500|5|6500";
+        QTest::newRow("dialog, no minimum hides it") << "dialog:LUT=6500 dialog:" << "0||60|";
+    }
+    void requirementsFromTheHost()
+    {
+        QFETCH(QString, steps);
+        QFETCH(QString, expected);
+        DeviceSelectorDialog dialog(m_long.get());
+        DeviceSelector* selector = dialog.deviceSelector();
+        QCOMPARE(selector, dialog.findChild<DeviceSelector*>());
+        for (const QString& step : steps.split(' ')) {
+            DEV::ChipRequirements needs;
+            for (const QString& minimum : step.section(':', 1).split(',', Qt::SkipEmptyParts))
+                QVERIFY(needs.set(minimum).isEmpty());
+            if (step.startsWith("set:"))
+                selector->setRequirements(needs);
+            else if (step.startsWith("dialog:"))
+                dialog.setRequirements(needs);
+            else
+                selector->setRequirementsVisible(step == "show");
+        }
+        QLineEdit* lut = nullptr;
+        for (auto* field : selector->findChildren<QLineEdit*>())
+            lut = field->accessibleName() == "Minimum LUT" ? field : lut;
+        QCOMPARE(L({QString::number(selector->requirementsVisible()), selector->requirements().toStrings().join(','),
+                    QString::number(selector->findChild<QTableView*>()->model()->rowCount()), lut->text()})
+                     .join('|'),
+                 expected);
+    }
+
     // The dialog's recent chips: accepted with OK ("ok:PN", "ok:" with no row selected), not with Cancel ("cancel:PN");
     // "recent list|restored over a catalogue without t-60 to t-69|selected by the newest entry of the drop-down there".
     void recentChips_data()
@@ -527,6 +567,19 @@ private Q_SLOTS:
         QCOMPARE(L({partNumbers(dialog.recentChips()), entries.join(' '), restored.selectedDevice().partNumber}).join('|'),
                  expected);
         QVERIFY(restored.recentVisible() && button->isVisibleTo(&restored));
+    }
+
+    // A restored sort keeps the chosen chip without reporting it again; the next rebuild is in part-number order again.
+    void selectorStateKeepsTheChoice()
+    {
+        auto source = shown(), target = shown();
+        QVERIFY(source && target && apply(*source, "sort:0") && apply(*target, "click:PN-9"));
+        QSignalSpy spy(target.get(), &DeviceSelector::selectedDeviceChanged);
+        QVERIFY(target->restoreState(source->saveState()));
+        QCOMPARE(rowsOf(*target) + '|' + target->selectedDevice().partNumber + '|' + reports(spy),
+                 "pn-a PN-Z PN-C3 PN-B2 PN-B1 PN-A1 PN-9 PN-10|PN-9|");
+        QVERIFY(apply(*target, "cbPackage=P1"));
+        QCOMPARE(rowsOf(*target) + '|' + target->selectedDevice().partNumber + '|' + reports(spy), "PN-A1 PN-C3||-");
     }
 
     // The dialog takes all of a state or nothing: a foreign or damaged one changes nothing and reports nothing. A state
