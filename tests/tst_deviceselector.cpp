@@ -5,6 +5,7 @@
 
 #include "deviceselectordialog.h"
 
+#include "chiprequirements.h"
 #include "deviceselector.h"
 #include "searchlineedit.h"
 #include "testhelpers.h"
@@ -59,7 +60,9 @@ QString rowsOf(const QWidget& w)
 /// Applies steps in order: "box=text", a search option ("case", "wild", "regexp", "exact", "group<n>"), "type:text"
 /// typed into the search field ('<' is a backspace), "set:text" set by code, "click:part number" ("dbl:" a double
 /// click), "sort:column" (a header click), "key:name" pressed where the focus is, "preset:device id" or
-/// "exact:part number[/match key]".
+/// "exact:part number[/match key]"; "menu:word" the table's visible, enabled context-menu entry starting with it,
+/// "column:n" a click on column n of the comparison panel ("cdbl:n" a double click), "button:word" a click on the
+/// button starting with it, "compare:PN,PN..." the host's comparison (match key MK), "hidden" the panel hidden.
 bool apply(QWidget& w, const QString& steps)
 {
     auto* search = w.findChild<DEV::SearchLineEdit*>();
@@ -93,6 +96,36 @@ bool apply(QWidget& w, const QString& steps)
             QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, {header->sectionViewportPosition(step.mid(5).toInt()) + 9, 5});
         } else if (step.startsWith(QLatin1String("preset:"))) {
             selector->setCurrentDevice(step.mid(7));
+        } else if (step.startsWith(QLatin1String("menu:"))) {
+            QAction* entry = nullptr;
+            for (QAction* action : w.findChild<QTableView*>()->actions())
+                entry = action->text().startsWith(step.mid(5)) && action->isVisible() && action->isEnabled() ? action : entry;
+            if (!entry)
+                return false;
+            entry->trigger();
+        } else if (step.startsWith(QLatin1String("button:"))) {
+            QPushButton* button = nullptr;
+            for (QPushButton* candidate : w.findChildren<QPushButton*>())
+                button = candidate->text().startsWith(step.mid(7)) && candidate->isEnabled() ? candidate : button;
+            if (!button)
+                return false;
+            QTest::mouseClick(button, Qt::LeftButton);
+        } else if (step.startsWith(QLatin1String("column:")) || step.startsWith(QLatin1String("cdbl:"))) {
+            auto* panel = w.findChild<QTableView*>(QStringLiteral("comparisonView"));
+            const QPoint at = panel->visualRect(panel->model()->index(0, step.section(':', 1).toInt())).center();
+            QTest::mouseClick(panel->viewport(), Qt::LeftButton, {}, at);
+            if (step.startsWith(QLatin1String("cdbl:")))
+                QTest::mouseDClick(panel->viewport(), Qt::LeftButton, {}, at);
+        } else if (step.startsWith(QLatin1String("compare:"))) {
+            QList<DEV::ChipInfo> chips;
+            for (const QString& partNumber : step.mid(8).split(',')) {
+                chips << DEV::ChipInfo();
+                chips.last().partNumber = partNumber;
+                chips.last().matchKey = QStringLiteral("MK");
+            }
+            selector->setComparedChips(chips);
+        } else if (step == QLatin1String("hidden")) {
+            selector->setComparisonVisible(false);
         } else if (box && box->findText(step.section('=', 1)) >= 0) {
             box->setCurrentIndex(box->findText(step.section('=', 1)));
         } else if (option) {
@@ -113,6 +146,8 @@ class TestDeviceSelector : public QObject
 private:
     TestHelpers::Catalogues m_files;
     std::unique_ptr<DEV::DeviceDb> m_cascade;
+    // Chips t-10 to t-69, part numbers PN-10 to PN-69, LUT 100 times the number; "short" ends at t-59.
+    std::unique_ptr<DEV::DeviceDb> m_long, m_short;
 
     /// A shown selector, so that rows have geometry for clicks.
     std::unique_ptr<DeviceSelector> shown()
@@ -130,6 +165,13 @@ private Q_SLOTS:
     {
         Q_INIT_RESOURCE(searchlineedit_icon);
         m_cascade = m_files.load(Cascade);
+        QByteArray lines;
+        for (int i = 10; i < 70; ++i) {
+            lines += chipLine("t-" + QByteArray::number(i), "PN-" + QByteArray::number(i)).replace(",200,", "," + QByteArray::number(i * 100) + ",");
+            if (i == 59)
+                m_short = m_files.load(lines);
+        }
+        m_long = m_files.load(lines);
     }
 
     // The signal hosts connect to by its string signature; then the dialog's set-up and the table's.
@@ -251,6 +293,68 @@ private Q_SLOTS:
             QCOMPARE(fields(qvariant_cast<DEV::DeviceArg>(spy.last().at(0))), fields(selector->selectedDevice()));
     }
 
+    // With the comparison panel shown: "steps|current entries|rows|count label|reports|part number selected|compared
+    // chips|context-menu entries after the copy actions ("~": disabled)". The same package: the series (one rebuild
+    // that resets the other boxes, run directly when the series stays), the package (one more) and the chip again,
+    // the search cleared. A compared column presets its chip as setCurrentDevice(ChipInfo) does.
+    void choosingBetweenChips_data()
+    {
+        QTest::addColumn<QString>("road");
+        const char* const roads[][2] = {
+            {"nothing chosen: entries off", "|%any|%rows|(0 matches)||||Show~ Add~"},
+            {"same package from every chip", "click:PN-A1 menu:Show|X1,Any,Any,P1,Any|PN-A1 PN-C3|(0 matches)|a-02 - - a-02|"
+                                             "PN-A1||Show Add"},
+            {"same package: the series stays, the other boxes and the search go",
+             "cbSeries=X1 cbDevice=D20 cbCondition=C7 type:B2 click:PN-B2 menu:Show|X1,Any,Any,P2,Any|PN-B1 PN-B2|"
+             "(0 matches)|- - - - - - - a-01 - - a-01|PN-B2||Show Add"},
+            {"same package of a chip without id", "click:pn-a menu:Show|S2,Any,Any,R1,Any|pn-a|(0 matches)|- - - -|pn-a||"
+                                                  "Show Add"},
+            {"a compared chip offers Remove", "click:PN-A1 menu:Add|%any|%rows|(0 matches)|a-02|PN-A1|PN-A1|Show Remove"},
+            {"add, add, remove", "click:PN-A1 menu:Add click:PN-9 menu:Add click:PN-A1 menu:Remove|%any|%rows|(0 matches)|"
+                                 "a-02 b-01 a-02|PN-A1|PN-9|Show Add"},
+            {"Enter on a column", "click:PN-A1 menu:Add click:PN-Z menu:Add column:0 key:Return|X1,D20,A,Any,Any|PN-A1|"
+                                  "(0 matches)|a-02 b-02 - - - - - a-02|PN-A1|PN-A1 PN-Z|Show Remove"},
+            {"double-click on a column", "compare:PN-Z,PN-A1 cdbl:0|x1,D30,,Any,Any|PN-Z|(0 matches)|- - - - - b-02|PN-Z|"
+                                         "PN-Z PN-A1|Show Remove"},
+            {"host's list: unknown and repeated part numbers left out", "compare:PN-9,PN-X,PN-9,pn-a|%any|%rows|"
+                                                                        "(0 matches)|||PN-9 pn-a|Show~ Add~"},
+            {"Select in table, then Clear", "compare:PN-9,PN-Z column:0 button:Select button:Clear|x1,D20,C,Any,Any|PN-9|"
+                                            "(0 matches)|- - - - - b-01|PN-9||Show Add"},
+            {"Remove the current column", "compare:PN-9,PN-A1,PN-Z column:1 button:Remove|%any|%rows|(0 matches)|||"
+                                          "PN-9 PN-Z|Show~ Add~"},
+            {"a search hides the compared chip", "type:zzz compare:PN-9 column:0 key:Return|x1,D20,C,Any,Any||(0 matches)|"
+                                                 "- - - - - - - -||PN-9|Show~ Add~"},
+            {"panel hidden: the copy actions only", "compare:PN-9 click:PN-9 hidden|%any|%rows|(0 matches)|b-01|PN-9|PN-9|"},
+        };
+        for (const auto& road : roads)
+            QTest::newRow(road[0]) << QString::fromLatin1(road[1])
+                                          .replace(QLatin1String("%any"), "Any,Any,Any,Any,Any")
+                                          .replace(QLatin1String("%rows"), "PN-10 PN-9 PN-A1 PN-B1 PN-B2 PN-C3 PN-Z pn-a");
+    }
+    void choosingBetweenChips()
+    {
+        QFETCH(QString, road);
+        const L expected = road.split('|');
+        auto selector = shown();
+        QVERIFY(selector && !selector->comparisonVisible());
+        QVERIFY(!selector->findChild<QTableView*>(QStringLiteral("comparisonView"))->isVisible());
+        selector->setComparisonVisible(true);
+        QSignalSpy spy(selector.get(), &DeviceSelector::selectedDeviceChanged);
+        QVERIFY(apply(*selector, expected.at(0)));
+        L compared, menu;
+        for (const DEV::ChipInfo& chip : selector->comparedChips())
+            compared << chip.partNumber;
+        for (QAction* action : selector->findChild<QTableView*>()->actions().mid(2)) { // after the copy actions
+            if (action->isVisible() && !action->isSeparator())
+                menu << action->text().section(' ', 0, 0) + (action->isEnabled() ? "" : "~");
+        }
+        QCOMPARE((L{expected.at(0), boxes(*selector, false), rowsOf(*selector), matchCount(*selector), reports(spy),
+                    selector->selectedDevice().partNumber, compared.join(' '), menu.join(' ')}),
+                 expected);
+        if (!expected.at(5).isEmpty())
+            QCOMPARE(fields(qvariant_cast<DEV::DeviceArg>(spy.last().at(0))), fields(selector->selectedDevice()));
+    }
+
     // The filter runs before the versions are refilled.
     void deviceChangeFiltersBeforeRefillingVersions()
     {
@@ -357,6 +461,185 @@ private Q_SLOTS:
         const QByteArray kept = again.saveState();
         QVERIFY(!again.restoreState(damaged));
         QCOMPARE(again.saveState(), kept);
+    }
+
+    // A preset scrolls once, from the event loop, and puts its row in the middle: not at once and not twice (as the
+    // view's own scroll to a new current index would), whether the selector was shown before the preset or after it.
+    void presetScrollsOnceFromTheEventLoop_data()
+    {
+        QTest::addColumn<bool>("shownFirst");
+        QTest::newRow("shown, then preset") << true;
+        QTest::newRow("preset, then shown") << false;
+    }
+    void presetScrollsOnceFromTheEventLoop()
+    {
+        QFETCH(bool, shownFirst);
+        DeviceSelector selector(m_long.get());
+        selector.resize(500, 400);
+        selector.setVisible(shownFirst);
+        auto* table = selector.findChild<QTableView*>();
+        QSignalSpy scrolls(table->verticalScrollBar(), &QScrollBar::valueChanged);
+        selector.setCurrentDevice(QStringLiteral("t-55"));
+        selector.show();
+        QCOMPARE(scrolls.count(), 0);
+        QVERIFY(QTest::qWaitForWindowExposed(&selector));
+        QCoreApplication::processEvents();
+        QCOMPARE(scrolls.count(), 1);
+        // Where the view centres the row in the widget as laid out now.
+        const int centred = table->verticalScrollBar()->value();
+        table->scrollToTop();
+        table->scrollTo(table->model()->index(55 - 10, 0), QAbstractItemView::PositionAtCenter);
+        QCOMPARE(centred, table->verticalScrollBar()->value());
+        QVERIFY(centred > 0);
+    }
+
+    // The row of minimums as a host fills it, in the selector ("set:", "show", "hide") and in the dialog ("dialog:"):
+    // "shown|minimums that apply|rows|LUT field".
+    void requirementsFromTheHost_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("selector, row hidden: nothing applies") << "set:LUT=6500" << "0||60|6500";
+        QTest::newRow("selector, filled, then shown") << "set:LUT=6500 show" << "1|LUT=6500|5|6500";
+        QTest::newRow("selector, shown, then filled") << "show set:LUT=6500,IO=100" << "1|IO=100,LUT=6500|5|6500";
+        QTest::newRow("selector, hidden again") << "set:LUT=6500 show hide" << "0||60|6500";
+        QTest::newRow("dialog shows the row it fills") << "dialog:LUT=6500" << "1|LUT=6500|5|6500";
+        QTest::newRow("dialog, no minimum hides it") << "dialog:LUT=6500 dialog:" << "0||60|";
+    }
+    void requirementsFromTheHost()
+    {
+        QFETCH(QString, steps);
+        QFETCH(QString, expected);
+        DeviceSelectorDialog dialog(m_long.get());
+        DeviceSelector* selector = dialog.deviceSelector();
+        QCOMPARE(selector, dialog.findChild<DeviceSelector*>());
+        for (const QString& step : steps.split(' ')) {
+            DEV::ChipRequirements needs;
+            for (const QString& minimum : step.section(':', 1).split(',', Qt::SkipEmptyParts))
+                QVERIFY(needs.set(minimum).isEmpty());
+            if (step.startsWith("set:"))
+                selector->setRequirements(needs);
+            else if (step.startsWith("dialog:"))
+                dialog.setRequirements(needs);
+            else
+                selector->setRequirementsVisible(step == "show");
+        }
+        QLineEdit* lut = nullptr;
+        for (auto* field : selector->findChildren<QLineEdit*>())
+            lut = field->accessibleName() == "Minimum LUT" ? field : lut;
+        QCOMPARE(L({QString::number(selector->requirementsVisible()), selector->requirements().toStrings().join(','),
+                    QString::number(selector->findChild<QTableView*>()->model()->rowCount()), lut->text()})
+                     .join('|'),
+                 expected);
+    }
+
+    // The dialog's recent chips: accepted with OK ("ok:PN", "ok:" with no row selected), not with Cancel ("cancel:PN");
+    // "recent list|restored over a catalogue without t-60 to t-69|selected by the newest entry of the drop-down there".
+    void recentChips_data()
+    {
+        QTest::addColumn<QString>("steps");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("newest first, once each") << "ok: ok:PN-11 cancel:PN-12 ok:PN-60 ok:PN-11" << "PN-11 PN-60|PN-11|PN-11";
+        QTest::newRow("eight kept") << "ok:PN-10 ok:PN-11 ok:PN-12 ok:PN-13 ok:PN-14 ok:PN-15 ok:PN-16 ok:PN-17 ok:PN-18"
+                                    << "PN-18 PN-17 PN-16 PN-15 PN-14 PN-13 PN-12 PN-11|"
+                                       "PN-18 PN-17 PN-16 PN-15 PN-14 PN-13 PN-12 PN-11|PN-18";
+        QTest::newRow("none accepted") << "ok: cancel:PN-12" << "||";
+        QTest::newRow("all gone from the catalogue") << "ok:PN-65 ok:PN-69" << "PN-69 PN-65||";
+    }
+    void recentChips()
+    {
+        QFETCH(QString, steps);
+        QFETCH(QString, expected);
+        const auto partNumbers = [](const QList<DEV::ChipInfo>& chips) {
+            L out;
+            for (const DEV::ChipInfo& chip : chips)
+                out << chip.partNumber;
+            return out.join(' ');
+        };
+        DeviceSelectorDialog dialog(m_long.get());
+        for (const QString& step : steps.split(' ')) {
+            dialog.setCurrentDevice(m_long->findByPN(step.section(':', 1)).value(0));
+            step.startsWith("ok:") ? dialog.accept() : dialog.reject();
+        }
+        DeviceSelectorDialog restored(m_short.get());
+        QVERIFY(!restored.recentVisible() && restored.restoreState(dialog.saveState()));
+        restored.setRecentVisible(true);
+        auto* button = restored.findChild<QPushButton*>("recentButton");
+        L entries;
+        for (QAction* entry : button->menu()->actions())
+            entries << entry->text();
+        QCOMPARE(entries.join(' '), partNumbers(restored.recentChips())); // the drop-down lists them
+        QCOMPARE(button->isEnabled(), !entries.isEmpty());
+        if (!entries.isEmpty())
+            button->menu()->actions().first()->trigger();
+        QCOMPARE(L({partNumbers(dialog.recentChips()), entries.join(' '), restored.selectedDevice().partNumber}).join('|'),
+                 expected);
+        QVERIFY(restored.recentVisible() && button->isVisibleTo(&restored));
+    }
+
+    // A restored sort keeps the chosen chip without reporting it again; the next rebuild is in part-number order again.
+    void selectorStateKeepsTheChoice()
+    {
+        auto source = shown(), target = shown();
+        QVERIFY(source && target && apply(*source, "sort:0") && apply(*target, "click:PN-9"));
+        QSignalSpy spy(target.get(), &DeviceSelector::selectedDeviceChanged);
+        QVERIFY(target->restoreState(source->saveState()));
+        QCOMPARE(rowsOf(*target) + '|' + target->selectedDevice().partNumber + '|' + reports(spy),
+                 "pn-a PN-Z PN-C3 PN-B2 PN-B1 PN-A1 PN-9 PN-10|PN-9|");
+        QVERIFY(apply(*target, "cbPackage=P1"));
+        QCOMPARE(rowsOf(*target) + '|' + target->selectedDevice().partNumber + '|' + reports(spy), "PN-A1 PN-C3||-");
+    }
+
+    // The dialog takes all of a state or nothing: a foreign or damaged one changes nothing and reports nothing. A state
+    // saved before the recent chips were kept is read as one without them.
+    void dialogStateAllOrNothing_data()
+    {
+        QTest::addColumn<QByteArray>("state");
+        QTest::addColumn<bool>("taken");
+        DeviceSelectorDialog dialog(m_cascade.get());
+        dialog.resize(640, 480);
+        const QByteArray geometry = dialog.saveGeometry(), selector = dialog.deviceSelector()->saveState();
+        const auto state = [&](const QByteArray& geometry, const QByteArray& selector, const QVariant& recent) {
+            QByteArray bytes;
+            QDataStream out(&bytes, QIODevice::WriteOnly);
+            out.setVersion(QDataStream::Qt_5_12);
+            out << quint32(0x44455344) << geometry << selector;
+            if (recent.isValid())
+                out << recent.toStringList();
+            return bytes;
+        };
+        const QByteArray good = state(geometry, selector, L{"PN-9", "MK", "PN-B1", "MK"});
+        QTest::newRow("good") << good << true;
+        QTest::newRow("saved before the recent chips") << state(geometry, selector, QVariant()) << true;
+        QTest::newRow("empty") << QByteArray() << false;
+        QTest::newRow("the selector's") << selector << false;
+        QTest::newRow("cut short") << good.chopped(1) << false;
+        QTest::newRow("something after it") << good + '\0' << false;
+        QTest::newRow("odd recent list") << state(geometry, selector, L{"PN-9", "MK", "PN-B1"}) << false;
+        QTest::newRow("nine recent chips") << state(geometry, selector, QString("PN-9,MK,").repeated(9).split(',', Qt::SkipEmptyParts)) << false;
+        QTest::newRow("damaged geometry") << state("geometry", selector, L()) << false;
+        QTest::newRow("damaged selector part") << state(geometry, "DEV", L()) << false;
+    }
+    void dialogStateAllOrNothing()
+    {
+        QFETCH(QByteArray, state);
+        QFETCH(bool, taken);
+        DeviceSelectorDialog dialog(m_cascade.get());
+        dialog.setCurrentDevice(m_cascade->findByPN("PN-Z").value(0));
+        dialog.accept();
+        dialog.setCurrentDevice(m_cascade->findByPN("PN-A1").value(0));
+        apply(dialog, "sort:0");
+        dialog.resize(500, 400);
+        const QByteArray before = dialog.saveState();
+        QSignalSpy spy(&dialog, &DeviceSelectorDialog::selectedDeviceChanged);
+        QCOMPARE(dialog.restoreState(state), taken);
+        QCOMPARE(dialog.saveState() == before, !taken);
+        L recent;
+        for (const DEV::ChipInfo& chip : dialog.recentChips())
+            recent << chip.partNumber;
+        QCOMPARE(recent.join(' ') + '|' + dialog.selectedDevice().partNumber + '|' + QString::number(spy.count()),
+                 QString(!taken ? "PN-Z" : state.size() > before.size() ? "PN-9 PN-B1" : "") + "|PN-A1|0");
+        QCOMPARE(dialog.size(), taken ? QSize(640, 480) : QSize(500, 400));
     }
 
     // "preset: steps[ button]": what the dialog showed when it opened (OK enabled, the part number selected), and

@@ -138,12 +138,72 @@
         <source>The chips that pass the filters; the selected row is the chosen chip</source>
         <translation>Die Bausteine, die alle Filter erfüllen; die ausgewählte Zeile ist der gewählte Baustein</translation>
     </message>
+    <message>
+        <source>Select in table</source>
+        <translation>In Tabelle auswählen</translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>Clear</source>
+        <translation>Leeren</translation>
+    </message>
+    <message>
+        <source>Compared chips (rows that differ in bold):</source>
+        <translation>Verglichene Bausteine (abweichende Zeilen fett):</translation>
+    </message>
+    <message>
+        <source>Compared chips</source>
+        <translation>Verglichene Bausteine</translation>
+    </message>
+    <message>
+        <source>One column per chip, the rows that differ in bold; Enter or a double-click selects the column&apos;s chip in the table</source>
+        <translation>Eine Spalte je Baustein, abweichende Zeilen fett; die Eingabetaste oder ein Doppelklick wählt den Baustein der Spalte in der Tabelle aus</translation>
+    </message>
+    <message>
+        <source>Selects the chip of the current column in the table</source>
+        <translation>Wählt den Baustein der aktuellen Spalte in der Tabelle aus</translation>
+    </message>
+    <message>
+        <source>Removes the chip of the current column from the comparison</source>
+        <translation>Nimmt den Baustein der aktuellen Spalte aus dem Vergleich</translation>
+    </message>
+    <message>
+        <source>Removes every chip from the comparison</source>
+        <translation>Nimmt alle Bausteine aus dem Vergleich</translation>
+    </message>
+    <message>
+        <source>Show chips in the same package</source>
+        <translation>Bausteine im selben Gehäuse zeigen</translation>
+    </message>
+    <message>
+        <source>Add to comparison</source>
+        <translation>Zum Vergleich hinzufügen</translation>
+    </message>
+    <message>
+        <source>Remove from comparison</source>
+        <translation>Aus dem Vergleich entfernen</translation>
+    </message>
 </context>
 <context>
     <name>DEV::DeviceSelectorDialog</name>
     <message>
         <source>Select Device</source>
         <translation>Baustein auswählen</translation>
+    </message>
+    <message>
+        <source>Recent</source>
+        <translation>Zuletzt gewählt</translation>
+    </message>
+    <message>
+        <source>Recent chips</source>
+        <translation>Zuletzt gewählte Bausteine</translation>
+    </message>
+    <message>
+        <source>The chips accepted last, newest first; choosing one selects it</source>
+        <translation>Die zuletzt übernommenen Bausteine, der neueste zuerst; der gewählte wird in der Tabelle ausgewählt</translation>
     </message>
 </context>
 <context>

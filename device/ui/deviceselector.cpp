@@ -4,28 +4,16 @@
 #include "chipcolumns.h"
 #include "chipfilter.h"
 #include "chipinfotablemodel.h"
-#include "chiprequirements.h"
 #include "chipsearch.h"
 #include "devicedb.h"
-#include "requirementsrow_p.h"
+#include "deviceselector_p.h"
 #include "searchlineedit.h"
 #include "ui_deviceselector.h"
 
 #include <QAction>
-#include <QClipboard>
-#include <QDataStream>
-#include <QGuiApplication>
-#include <QHeaderView>
-#include <QHelpEvent>
-#include <QKeyEvent>
-#include <QLayout>
-#include <QMenu>
-#include <QPushButton>
-#include <QScreen>
 #include <QHash>
-#include <QStyledItemDelegate>
+#include <QHeaderView>
 #include <QTimer>
-#include <QToolTip>
 
 #include <algorithm>
 #include <array>
@@ -33,7 +21,6 @@
 #include <functional>
 #include <future>
 #include <system_error>
-#include <tuple>
 
 namespace DEV {
 
@@ -107,127 +94,6 @@ private:
     int m_last = -1; // in m_values
 };
 
-/*
- * Cells too narrow for their text are elided by the view; the full text
- * then comes as a tool tip. Whether a cell is cut depends on the column
- * width and the font, which only the view knows, so the delegate decides
- * and the model stays free of tool tips.
- */
-class ElidedCellTips : public QStyledItemDelegate
-{
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
-                   const QModelIndex& index) override
-    {
-        // The view wraps a long text at a hyphen and cuts the second line;
-        // styles differ in whether the size hint shows that as width or height.
-        const QSize needed = event->type() == QEvent::ToolTip && index.isValid() ? sizeHint(option, index) : QSize();
-        if (needed.width() > option.rect.width() || needed.height() > option.rect.height()) {
-            QToolTip::showText(event->globalPos(), index.data().toString(), view->viewport(), option.rect);
-            return true;
-        }
-        return QStyledItemDelegate::helpEvent(event, view, option, index);
-    }
-};
-
-/*
- * The options menu opens at the mouse pointer, which is right for a click.
- * Opened from the keyboard, the pointer may be anywhere on the screen, so the
- * menu is moved next to its button as it is shown: below it, or above it when
- * the screen ends first.
- */
-class KeyboardMenuPlacement : public QObject
-{
-public:
-    KeyboardMenuPlacement(QWidget* button, QWidget* menuParent)
-        : QObject(button)
-        , m_button(button)
-        , m_menuParent(menuParent)
-    {
-        button->installEventFilter(this);
-        menuParent->installEventFilter(this);
-    }
-
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        if (watched == m_button && event->type() == QEvent::KeyPress) {
-            const int key = static_cast<QKeyEvent*>(event)->key();
-            m_fromKeyboard = key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Select;
-        } else if (watched == m_button && event->type() == QEvent::MouseButtonPress) {
-            m_fromKeyboard = false;
-        } else if (watched == m_menuParent && event->type() == QEvent::ChildPolished && m_fromKeyboard) {
-            // A menu is polished before it computes its place, and fully built by then.
-            if (auto* menu = qobject_cast<QMenu*>(static_cast<QChildEvent*>(event)->child())) {
-                menu->installEventFilter(this);
-                m_fromKeyboard = false;
-            }
-        } else if (event->type() == QEvent::Show && qobject_cast<QMenu*>(watched)) {
-            watched->removeEventFilter(this);
-            placeAtButton(static_cast<QWidget*>(watched));
-        }
-        return false;
-    }
-
-private:
-    void placeAtButton(QWidget* menu) const
-    {
-        const QRect button(m_button->mapToGlobal(QPoint(0, 0)), m_button->size());
-        const QRect screen = m_button->screen()->availableGeometry();
-        QPoint at(button.left(), button.bottom() + 1);
-        if (at.y() + menu->height() > screen.bottom() + 1)
-            at.setY(std::max(screen.top(), button.top() - menu->height()));
-        at.setX(std::max(screen.left(), std::min(at.x(), screen.right() + 1 - menu->width())));
-        menu->move(at);
-    }
-
-    QWidget* m_button;
-    QWidget* m_menuParent;
-    bool m_fromKeyboard = false;
-};
-
-/*
- * Below its layout's minimum the filter box collapses into overlapping
- * captions. A window gets that minimum from its layout, an embedded widget
- * does not, so the selector claims it itself (a larger one set by the host
- * stays), again whenever the font or the style changes what it is.
- */
-class MinimumFromLayout : public QObject
-{
-public:
-    explicit MinimumFromLayout(QWidget* widget)
-        : QObject(widget)
-    {
-        widget->installEventFilter(this);
-    }
-
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        const QEvent::Type type = event->type();
-        auto* widget = static_cast<QWidget*>(watched);
-        if ((type == QEvent::Polish || type == QEvent::FontChange || type == QEvent::StyleChange) && widget->layout())
-            widget->setMinimumSize(widget->minimumSize().expandedTo(widget->layout()->totalMinimumSize()));
-        return false;
-    }
-};
-
-// The row of exactly @p chip. One device identifier covers several part
-// numbers, so the identifier alone does not tell the rows apart.
-int rowOfChip(ChipInfoTableModel& model, const ChipInfo& chip)
-{
-    for (int row = 0; row < model.rowCount(); ++row) {
-        const ChipInfo shown = model.index2chipInfo(model.index(row, 0));
-        if (shown.partNumber == chip.partNumber && shown.matchKey == chip.matchKey && shown.deviceId == chip.deviceId)
-            return row;
-    }
-    return -1;
-}
-
-// Tags saved states, so that restoring something else fails cleanly. The columns are kept one by one, not as
-// QHeaderView's own state, whose reader trusts the counts in it and allocates whatever a damaged one claims.
-constexpr quint32 SelectorStateMagic = 0x44455332;
-
 } // namespace
 
 /*
@@ -264,7 +130,7 @@ auto soon(Work work)
 
 } // namespace
 
-struct DeviceSelector::Private
+struct DeviceSelector::Private : pimpl::SelectorAddOns
 {
     QList<ChipInfo> all;
     ChipSearch search;
@@ -279,14 +145,6 @@ struct DeviceSelector::Private
     std::vector<SearchStep> steps;
     std::future<QVector<int>> pendingOrder;
     std::future<ChipSearch> pendingSearch;
-    /// The last chip reported; empty after the choice was voided.
-    ChipInfo chosen;
-    /// Set while the selection a sort dropped is put back: the choice is unchanged, so nobody is told.
-    bool reselecting = false;
-    /// The row of resource minimums, hidden unless the host shows it.
-    pimpl::RequirementsRow* requirementsRow = nullptr;
-    /// The minimums the table and the boxes apply now.
-    ChipRequirements applied;
 
     // Takes the order and the search once they are made.
     void await()
@@ -327,11 +185,6 @@ bool sameFilter(const ChipFilter& a, const ChipFilter& b)
 }
 
 } // namespace
-
-DeviceSelector::DeviceSelector(QWidget* parent)
-    : DeviceSelector(DeviceDb::instance(), parent)
-{
-}
 
 DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     : QWidget(parent)
@@ -624,12 +477,10 @@ ChipInfo DeviceSelector::selectedDevice() const
     return model->index2chipInfo(rows.first());
 }
 
-namespace {
-
 // Each move runs the cascade: a new series refills the other boxes at "Any",
 // a new device refills the versions. An entry that is not listed leaves its
 // box as it is.
-void moveBoxesTo(const Ui_DeviceSelector& ui, const ChipInfo& chip)
+void pimpl::moveBoxesTo(const Ui_DeviceSelector& ui, const ChipInfo& chip)
 {
     const auto choose = [](QComboBox* box, const QString& text) {
         const int index = box->findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive);
@@ -641,8 +492,6 @@ void moveBoxesTo(const Ui_DeviceSelector& ui, const ChipInfo& chip)
     choose(ui.cbDeviceVersion, chip.deviceVersion);
 }
 
-} // namespace
-
 void DeviceSelector::setCurrentDevice(const QString& deviceId)
 {
     if (deviceId.isEmpty())
@@ -650,7 +499,7 @@ void DeviceSelector::setCurrentDevice(const QString& deviceId)
     const ChipInfo chip = db->findByID(deviceId);
     if (chip.deviceId.isEmpty())
         return;
-    moveBoxesTo(*ui, chip);
+    pimpl::moveBoxesTo(*ui, chip);
 
     // The table is now whatever the last filter left; the search text may
     // keep the chip out of it.
@@ -660,269 +509,27 @@ void DeviceSelector::setCurrentDevice(const QString& deviceId)
     showPreset(index);
 }
 
-void DeviceSelector::setCurrentDevice(const ChipInfo& chip)
-{
-    if (chip.partNumber.isEmpty())
-        return;
-    const ChipInfo known = db->find(chip.partNumber, chip.matchKey);
-    if (known.partNumber.isEmpty())
-        return;
-    moveBoxesTo(*ui, known);
-    const int row = rowOfChip(*model, known);
-    if (row >= 0)
-        showPreset(model->index(row, 0));
-}
-
 void DeviceSelector::showPreset(const QModelIndex& index)
 {
     QItemSelectionModel* selection = ui->tableView->selectionModel();
     ui->tableView->clearSelection();
     selection->select(index, QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    // The keyboard starts where the highlight is, so Enter, the arrow keys
-    // and copying act on the preset chip.
-    selection->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    makeCurrent(index);
     ui->tableView->setFocus(Qt::OtherFocusReason);
     currentDeviceIndex = index;
     // Scrolling must wait until the widget has been laid out and shown.
     QTimer::singleShot(0, this, SLOT(scrollToCurrentDevice()));
 }
 
-/*
- * A click on a header sorts the model, and the reset drops the selection
- * while the host still holds the chip as chosen (an OK button stays enabled).
- * Select the same chip again, or, failing that, report that nothing is
- * chosen.
- */
-void DeviceSelector::reselectAfterSort()
+pimpl::SelectorAddOns& DeviceSelector::addOns() const
 {
-    QItemSelectionModel* selection = ui->tableView->selectionModel();
-    if ((d->chosen.partNumber.isEmpty() && d->chosen.deviceId.isEmpty()) || selection->hasSelection())
-        return;
-    const int row = rowOfChip(*model, d->chosen);
-    if (row < 0) {
-        Q_EMIT selectedDeviceChanged(DeviceArg());
-        return;
-    }
-    const QModelIndex index = model->index(row, 0);
-    d->reselecting = true;
-    selection->select(index, QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    selection->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
-    d->reselecting = false;
-    ui->tableView->scrollTo(index);
+    return *d;
 }
 
-void DeviceSelector::setUpUsability()
+void DeviceSelector::setApplied(const ChipRequirements& requirements)
 {
-    QTableView* table = ui->tableView;
-    table->setItemDelegate(new ElidedCellTips(table));
-    new MinimumFromLayout(this);
-    connect(this, &DeviceSelector::selectedDeviceChanged, this, [this](const DeviceArg& chip) { d->chosen = chip; });
-    // Connected after the view's own sorting, so this runs once the sort has
-    // dropped the selection.
-    connect(table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this, [this] { reselectAfterSort(); });
-    setUpKeyboard();
-    setUpAccessibility();
-    setUpRequirements();
-}
-
-void DeviceSelector::setUpKeyboard()
-{
-    QTableView* table = ui->tableView;
-    // Tab leaves the table instead of walking its cells.
-    table->setTabKeyNavigation(false);
-    auto* options = searchEdit->findChild<QPushButton*>();
-    // The order of the screen, whatever order the form made them in: the left
-    // column of boxes, the right one, the search row, the table.
-    QWidget* const order[] = {ui->cbSeries, ui->cbDevice, ui->cbDeviceVersion, ui->cbPackage,
-                              ui->cbCondition, searchEdit, options, table};
-    QWidget* previous = nullptr;
-    for (QWidget* next : order) {
-        if (previous && next)
-            setTabOrder(previous, next);
-        previous = next ? next : previous;
-    }
-    if (options)
-        new KeyboardMenuPlacement(options, searchEdit);
-
-    auto* copyPartNumber = new QAction(tr("Copy part number"), table);
-    copyPartNumber->setShortcut(QKeySequence::Copy);
-    copyPartNumber->setShortcutContext(Qt::WidgetShortcut);
-    connect(copyPartNumber, &QAction::triggered, this, [this] { copySelection(false); });
-    auto* copyRow = new QAction(tr("Copy row"), table);
-    connect(copyRow, &QAction::triggered, this, [this] { copySelection(true); });
-    table->addActions({copyPartNumber, copyRow});
-    table->setContextMenuPolicy(Qt::ActionsContextMenu);
-}
-
-void DeviceSelector::setUpAccessibility()
-{
-    const std::pair<QLabel*, QWidget*> buddies[] = {
-        {ui->label, ui->cbSeries},     {ui->label_2, ui->cbDevice},    {ui->labelDeviceVersion, ui->cbDeviceVersion},
-        {ui->label_3, ui->cbPackage},  {ui->label_5, ui->cbCondition}, {ui->label_4, searchEdit},
-    };
-    for (const auto& [label, widget] : buddies)
-        label->setBuddy(widget);
-
-    const std::tuple<QWidget*, QString, QString> described[] = {
-        {ui->cbSeries, tr("Series"), tr("Limits the table to one series")},
-        {ui->cbDevice, tr("Device"), tr("Limits the table to one device")},
-        {ui->cbDeviceVersion, tr("Device version"),
-         tr("Limits the table to one device version; the blank entry is the initial version")},
-        {ui->cbPackage, tr("Package"), tr("Limits the table to one package")},
-        {ui->cbCondition, tr("Speed grade"), tr("Limits the table to one speed grade")},
-        {searchEdit, tr("Search"), tr("Limits the table to the chips in which the typed text is found")},
-        {searchEdit->findChild<QPushButton*>(), tr("Search options"),
-         tr("Chooses the columns searched and how the text is matched")},
-        {ui->tableView, tr("Matching chips"), tr("The chips that pass the filters; the selected row is the chosen chip")},
-    };
-    for (const auto& [widget, name, description] : described) {
-        if (widget) {
-            widget->setAccessibleName(name);
-            widget->setAccessibleDescription(description);
-        }
-    }
-}
-
-void DeviceSelector::copySelection(bool wholeRow) const
-{
-    const QModelIndexList rows = ui->tableView->selectionModel()->selectedRows(0);
-    if (rows.isEmpty())
-        return;
-    QString text = model->index2chipInfo(rows.first()).partNumber;
-    if (wholeRow) {
-        // The cells as the user sees them: visible columns, in screen order.
-        QStringList cells;
-        const QHeaderView* header = ui->tableView->horizontalHeader();
-        for (int visual = 0; visual < header->count(); ++visual) {
-            const int column = header->logicalIndex(visual);
-            if (!header->isSectionHidden(column))
-                cells << model->index(rows.first().row(), column).data().toString();
-        }
-        text = cells.join(QLatin1Char('\t'));
-    }
-    QGuiApplication::clipboard()->setText(text);
-}
-
-QByteArray DeviceSelector::saveState() const
-{
-    QByteArray state;
-    QDataStream out(&state, QIODevice::WriteOnly);
-    out.setVersion(QDataStream::Qt_5_12);
-    const QHeaderView* header = ui->tableView->horizontalHeader();
-    out << SelectorStateMagic << qint32(header->sortIndicatorSection()) << qint32(header->sortIndicatorOrder());
-    for (int column = 0; column < header->count(); ++column)
-        out << qint32(header->visualIndex(column)) << qint32(header->sectionSize(column)) << header->isSectionHidden(column);
-    return state;
-}
-
-bool DeviceSelector::restoreState(const QByteArray& state)
-{
-    QDataStream in(state);
-    in.setVersion(QDataStream::Qt_5_12);
-    QHeaderView* header = ui->tableView->horizontalHeader();
-    const int columns = header->count();
-    quint32 magic = 0;
-    qint32 sortColumn = 0, order = 0;
-    in >> magic >> sortColumn >> order;
-    bool valid = magic == SelectorStateMagic && sortColumn >= -1 && sortColumn < columns
-        && (order == Qt::AscendingOrder || order == Qt::DescendingOrder);
-    // Everything is read and checked before the table changes: each column once at a position of its own, and
-    // sizes that the header takes as they are.
-    QVector<qint32> position(columns), size(columns);
-    QVector<bool> hidden(columns);
-    QVector<int> columnAt(columns, -1);
-    for (int column = 0; valid && column < columns; ++column) {
-        in >> position[column] >> size[column] >> hidden[column];
-        valid = position[column] >= 0 && position[column] < columns && columnAt[position[column]] < 0
-            && size[column] >= 0 && size[column] <= header->maximumSectionSize();
-        if (valid)
-            columnAt[position[column]] = column;
-    }
-    if (!valid || in.status() != QDataStream::Ok || !in.atEnd())
-        return false;
-    for (int at = 0; at < columns; ++at) {
-        const int column = columnAt[at];
-        header->moveSection(header->visualIndex(column), at);
-        header->setSectionHidden(column, false);
-        header->resizeSection(column, size[column]);
-        header->setSectionHidden(column, hidden[column]);
-    }
-    header->setSortIndicator(sortColumn, Qt::SortOrder(order));
-    // The header shows the restored order but does not sort by itself.
-    model->sort(header->sortIndicatorSection(), header->sortIndicatorOrder());
-    reselectAfterSort();
-    return true;
-}
-
-QList<ChipInfo> DeviceSelector::chipsOfCascade() const
-{
-    return DEV::filterChips(db->allChipInfo(), d->applied);
-}
-
-void DeviceSelector::setUpRequirements()
-{
-    d->requirementsRow = new pimpl::RequirementsRow(this);
-    d->requirementsRow->hide();
-    ui->verticalLayout->insertWidget(1, d->requirementsRow);
-    connect(d->requirementsRow, &pimpl::RequirementsRow::changed, this, [this] { applyRequirements(); });
-    // On screen the row lies between the search row and the table.
-    QWidget* previous = searchEdit->findChild<QPushButton*>();
-    for (QWidget* field : d->requirementsRow->fields()) {
-        setTabOrder(previous ? previous : searchEdit, field);
-        previous = field;
-    }
-    setTabOrder(previous, ui->tableView);
-}
-
-void DeviceSelector::setRequirementsVisible(bool visible)
-{
-    d->requirementsRow->setVisible(visible);
-    applyRequirements();
-}
-
-bool DeviceSelector::requirementsVisible() const
-{
-    return !d->requirementsRow->isHidden();
-}
-
-void DeviceSelector::setRequirements(const ChipRequirements& requirements)
-{
-    d->requirementsRow->setRequirements(requirements);
-    applyRequirements();
-}
-
-ChipRequirements DeviceSelector::requirements() const
-{
-    return d->applied;
-}
-
-void DeviceSelector::applyRequirements()
-{
-    const ChipRequirements wanted = requirementsVisible() ? d->requirementsRow->requirements() : ChipRequirements();
-    if (wanted.minimum == d->applied.minimum)
-        return;
-    d->applied = wanted;
+    d->applied = requirements;
     d->baseValid = false;
-
-    // The boxes list what the minimums leave. Each keeps its choice while
-    // that is still listed and else falls back to "Any", so that clearing
-    // the minimums brings back the view from before.
-    QComboBox* const boxes[] = {ui->cbSeries, ui->cbDevice, ui->cbDeviceVersion, ui->cbPackage, ui->cbCondition};
-    QStringList chosen;
-    for (QComboBox* box : boxes)
-        chosen << box->currentText();
-    DistinctValues series;
-    for (const ChipInfo& chip : chipsOfCascade())
-        series.add(chip.series);
-    {
-        const QSignalBlocker quiet(ui->cbSeries);
-        ui->cbSeries->clear();
-        ui->cbSeries->insertItems(0, series.ascending());
-        ui->cbSeries->setCurrentIndex(std::max(0, ui->cbSeries->findText(chosen.at(0))));
-    }
-    onSeriesChanged();
-    for (int i = 1; i < 5; ++i)
-        boxes[i]->setCurrentIndex(std::max(0, boxes[i]->findText(chosen.at(i))));
 }
 
 } // namespace DEV

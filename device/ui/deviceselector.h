@@ -17,6 +17,9 @@ struct ChipRequirements;
 class DeviceDb;
 class SearchLineEdit;
 class Ui_DeviceSelector;
+namespace pimpl {
+struct SelectorAddOns;
+}
 
 /**
  * @brief A widget for picking one chip of a DeviceDb.
@@ -109,6 +112,39 @@ public:
     ChipRequirements requirements() const;
 
     /**
+     * Shows or hides the comparison panel below the table: the compared
+     * chips side by side, one column each, the rows where they differ in
+     * bold (a ChipComparisonModel). It is hidden by default. A double-click
+     * on a column of the panel, Enter on it or its "Select in table" button
+     * selects that chip in the table as setCurrentDevice(const ChipInfo&)
+     * does (a search or a box that hides the chip leaves it unselected).
+     *
+     * While the panel is shown, the table's context menu offers, after the
+     * copy actions, for the chosen chip:
+     * - "Show chips in the same package": the series and package boxes move
+     *   to the chip's (the other boxes to "Any"), the search is cleared and
+     *   the chip is selected again. The series rebuilds the table once (and
+     *   resets the other boxes), the package once more; each rebuild reports
+     *   the empty choice, as rebuilds do, and the chip is reported last.
+     * - "Add to comparison", or "Remove from comparison" for a chip already
+     *   compared.
+     */
+    void setComparisonVisible(bool visible);
+
+    /// Whether the comparison panel is shown.
+    bool comparisonVisible() const;
+
+    /// The chips of the comparison panel, in column order (also while it is hidden).
+    QList<ChipInfo> comparedChips() const;
+
+    /**
+     * Compares @p chips, found in the database by part number and match
+     * key; a chip it does not know, and a repeated part number, are left
+     * out. Also while the panel is hidden.
+     */
+    void setComparedChips(const QList<ChipInfo>& chips);
+
+    /**
      * The table's column widths and sort order, for a host to keep between
      * sessions (the library itself writes no files). See restoreState().
      */
@@ -151,16 +187,26 @@ private:
     std::unique_ptr<Private> d;
 
     void updateBase();
+    void showPreset(const QModelIndex& index);
+
+    // The add-ons, each in a file of its own, keep their state here.
+    pimpl::SelectorAddOns& addOns() const;
+
     QList<ChipInfo> chipsOfCascade() const;
     void setUpRequirements();
     void applyRequirements();
+    void setApplied(const ChipRequirements& requirements);
 
     void setUpUsability();
     void setUpKeyboard();
     void setUpAccessibility();
-    void showPreset(const QModelIndex& index);
+    void makeCurrent(const QModelIndex& index);
     void reselectAfterSort();
     void copySelection(bool wholeRow) const;
+
+    void setUpComparison();
+    void updateChipActions();
+    void showSamePackage(const ChipInfo& chip);
 };
 
 } // namespace DEV

@@ -3,6 +3,7 @@
 
 #include "chiprequirements.h"
 #include "deviceselector.h"
+#include "recentchips_p.h"
 
 #include <QDataStream>
 #include <QDialogButtonBox>
@@ -38,7 +39,17 @@ DeviceSelectorDialog::DeviceSelectorDialog(DeviceDb* db, QWidget* parent)
         if (index.isValid() && ok->isEnabled())
             ok->click();
     });
-    setTabOrder(table, buttonBox->button(QDialogButtonBox::Ok));
+
+    // Above OK and Cancel, at the left, hidden unless the host shows it.
+    auto* recent = new pimpl::RecentChips(db, this);
+    recent->hide();
+    layout->insertWidget(1, recent, 0, Qt::AlignLeft);
+    // From the table, and what the selector shows below it, to the buttons.
+    QWidget* last = table;
+    for (QWidget* next = table->nextInFocusChain(); selector->isAncestorOf(next); next = next->nextInFocusChain())
+        last = next;
+    setTabOrder(last, recent);
+    setTabOrder(recent, buttonBox->button(QDialogButtonBox::Ok));
     setTabOrder(buttonBox->button(QDialogButtonBox::Ok), buttonBox->button(QDialogButtonBox::Cancel));
 }
 
@@ -87,12 +98,32 @@ void DeviceSelectorDialog::setRequirements(const ChipRequirements& requirements)
     selector->setRequirementsVisible(!requirements.isEmpty());
 }
 
+DeviceSelector* DeviceSelectorDialog::deviceSelector() const
+{
+    return selector;
+}
+
+void DeviceSelectorDialog::setRecentVisible(bool visible)
+{
+    findChild<pimpl::RecentChips*>()->setVisible(visible);
+}
+
+bool DeviceSelectorDialog::recentVisible() const
+{
+    return !findChild<pimpl::RecentChips*>()->isHidden();
+}
+
+QList<ChipInfo> DeviceSelectorDialog::recentChips() const
+{
+    return findChild<pimpl::RecentChips*>()->chips();
+}
+
 QByteArray DeviceSelectorDialog::saveState() const
 {
     QByteArray state;
     QDataStream out(&state, QIODevice::WriteOnly);
     out.setVersion(QDataStream::Qt_5_12);
-    out << DialogStateMagic << saveGeometry() << selector->saveState();
+    out << DialogStateMagic << saveGeometry() << selector->saveState() << findChild<pimpl::RecentChips*>()->keys();
     return state;
 }
 
@@ -104,12 +135,22 @@ bool DeviceSelectorDialog::restoreState(const QByteArray& state)
     QByteArray geometry;
     QByteArray selectorState;
     in >> magic >> geometry >> selectorState;
-    // The geometry is tried on a widget of its own first, so that nothing changes unless both parts are good:
-    // restoreGeometry() refuses or accepts by the bytes alone, and the selector takes all of its part or none.
+    // States written before the recent chips were kept end here.
+    QStringList recentKeys;
+    if (!in.atEnd())
+        in >> recentKeys;
+    auto* recent = findChild<pimpl::RecentChips*>();
+    QList<ChipInfo> chips;
+    // Every part is checked before anything changes, the geometry on a
+    // widget of its own; the selector takes all of its part or none.
     QWidget trial;
-    if (in.status() != QDataStream::Ok || magic != DialogStateMagic || !trial.restoreGeometry(geometry))
+    if (in.status() != QDataStream::Ok || !in.atEnd() || magic != DialogStateMagic
+        || !recent->readKeys(recentKeys, &chips) || !trial.restoreGeometry(geometry)
+        || !selector->restoreState(selectorState))
         return false;
-    return selector->restoreState(selectorState) && restoreGeometry(geometry);
+    restoreGeometry(geometry);
+    recent->setChips(chips);
+    return true;
 }
 
 ChipInfo DeviceSelectorDialog::selectedDevice() const

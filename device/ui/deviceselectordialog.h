@@ -71,8 +71,33 @@ public:
     void setRequirements(const ChipRequirements& requirements);
 
     /**
-     * The dialog's geometry with the selector's column widths and sort, for
-     * a host to keep between sessions (the library writes no files):
+     * Shows or hides the "Recent" drop-down above OK and Cancel: the chips
+     * last accepted in this dialog (recentChips()), choosing one presets it
+     * as setCurrentDevice(const ChipInfo&) does. Hidden by default; the
+     * dialog keeps the list either way, and the list travels in saveState().
+     */
+    void setRecentVisible(bool visible);
+
+    /// Whether the "Recent" drop-down is shown.
+    bool recentVisible() const;
+
+    /**
+     * The last eight chips accepted with OK (or accept()), newest first, each
+     * once; a chip accepted again moves to the front. Restored by
+     * restoreState() without the chips the database no longer knows.
+     */
+    QList<ChipInfo> recentChips() const;
+
+    /**
+     * The embedded selector, for what the dialog does not forward, such as
+     * its comparison panel (DeviceSelector::setComparisonVisible()).
+     */
+    DeviceSelector* deviceSelector() const;
+
+    /**
+     * The dialog's geometry with the selector's column widths and sort and
+     * the recent chips, for a host to keep between sessions (the library
+     * writes no files):
      * @code
      * DEV::DeviceSelectorDialog dialog(db, this);
      * dialog.restoreState(settings.value("deviceDialog").toByteArray());
@@ -82,7 +107,11 @@ public:
      */
     QByteArray saveState() const;
 
-    /// Restores what saveState() returned; false, changing nothing, for anything else.
+    /**
+     * Restores what saveState() returned, also a state saved before the
+     * dialog kept recent chips (then none); false, changing nothing, for
+     * anything else.
+     */
     bool restoreState(const QByteArray& state);
 
     /// The chip of the selected row, or an empty record.

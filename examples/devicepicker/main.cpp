@@ -16,6 +16,7 @@
 #include <chipinfo.h>
 #include <devicedb.h>
 #include <chiprequirements.h>
+#include <deviceselector.h>
 #include <deviceselectordialog.h>
 
 #include <QApplication>
@@ -26,11 +27,15 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QKeyEvent>
 #include <QLibraryInfo>
 #include <QLocale>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPixmap>
 #include <QPushButton>
+#include <QSettings>
+#include <QTableView>
 #include <QTimer>
 #include <QTranslator>
 
@@ -39,7 +44,7 @@
 
 namespace {
 
-enum class Answer { Nobody, Accept, Reject, Unknown };
+enum class Answer { Nobody, Accept, Reject, Recent, Compared, Unknown };
 
 struct Options
 {
@@ -70,10 +75,41 @@ struct Options
                            QStringLiteral("Show the row of resource minimums with at least VALUE of resource "
                                           "COLUMN filled in, e.g. LUT=20000 or BSRAM=500Kb; repeatable."),
                            QStringLiteral("COLUMN=VALUE")};
+    QCommandLineOption comparePanel{QStringLiteral("compare-panel"),
+                                    QStringLiteral("Show the comparison panel below the table (chips side by side, "
+                                                   "the rows where they differ in bold; a double-click or Enter on a "
+                                                   "column selects its chip), and in the table's context menu \"Show "
+                                                   "chips in the same package\" and \"Add to comparison\".")};
+    QCommandLineOption compare{QStringLiteral("compare"),
+                               QStringLiteral("Put the chip with part number PN into the comparison panel, which "
+                                              "is then shown; repeatable. An unknown PN is bad usage."),
+                               QStringLiteral("PN")};
+    QCommandLineOption recent{QStringLiteral("recent"),
+                              QStringLiteral("Offer the last eight chips chosen, newest first, in a Recent "
+                                             "drop-down; the dialog's state (those chips, its size, the table's "
+                                             "columns) is kept between runs in %1.")};
 
     /// The options that may be given once only.
-    QList<QCommandLineOption> once() const { return {help, version, data, preset, partNumber, json, lang, screenshot}; }
-    QList<QCommandLineOption> all() const { return once() << min; }
+    QList<QCommandLineOption> once() const
+    {
+        return {help, version, data, preset, partNumber, json, lang, screenshot, comparePanel, recent};
+    }
+    /// All of them, in the order --help lists them.
+    QList<QCommandLineOption> all() const
+    {
+        return {help, version, data, preset, partNumber, json, lang, screenshot, min, comparePanel, compare, recent};
+    }
+};
+
+/// What the dialog opens with, besides the catalogue.
+struct Setup
+{
+    QString preset;
+    DEV::ChipInfo exact;
+    DEV::ChipRequirements requirements;
+    bool comparisonPanel = false;
+    QList<DEV::ChipInfo> compared;
+    bool recent = false;
 };
 
 const char* const kEpilog = R"(
@@ -172,18 +208,36 @@ bool cannotShowWindows()
  * Test aid, on purpose left out of --help: DEVICEPICKER_AUTOANSWER=accept or
  * reject clicks OK or Cancel as soon as the modal dialog is up, so the tests
  * can run the interactive path, getSelectedChip() included, without a person.
- * Unset or empty, nothing is scheduled.
+ * "recent" first chooses the newest chip of the Recent drop-down, "compared"
+ * first presses Enter on the last column of the comparison panel; both then
+ * click OK. Unset or empty, nothing is scheduled.
  */
 Answer autoAnswer()
 {
     const QByteArray value = qgetenv("DEVICEPICKER_AUTOANSWER");
-    if (value.isEmpty())
-        return Answer::Nobody;
-    if (value == "accept")
-        return Answer::Accept;
-    if (value == "reject")
-        return Answer::Reject;
+    const std::pair<const char*, Answer> answers[] = {
+        {"", Answer::Nobody},          {"accept", Answer::Accept},     {"reject", Answer::Reject},
+        {"recent", Answer::Recent},    {"compared", Answer::Compared},
+    };
+    for (const auto& [name, answer] : answers) {
+        if (value == name)
+            return answer;
+    }
     return Answer::Unknown;
+}
+
+/// The steps of the "recent" and "compared" test aids before OK.
+void chooseAsTheUserWould(QDialog* dialog, Answer answer)
+{
+    auto* recent = dialog->findChild<QPushButton*>(QStringLiteral("recentButton"));
+    if (answer == Answer::Recent && recent && !recent->menu()->actions().isEmpty())
+        recent->menu()->actions().first()->trigger();
+    auto* compared = dialog->findChild<QTableView*>(QStringLiteral("comparisonView"));
+    if (answer == Answer::Compared && compared && compared->model()->columnCount() > 0) {
+        compared->setCurrentIndex(compared->model()->index(0, compared->model()->columnCount() - 1));
+        QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+        QApplication::sendEvent(compared, &enter);
+    }
 }
 
 void answerWhenShown(Answer answer, int delay = 0)
@@ -197,8 +251,9 @@ void answerWhenShown(Answer answer, int delay = 0)
             answerWhenShown(answer, 10);
             return;
         }
+        chooseAsTheUserWould(dialog, answer);
         QPushButton* button =
-            buttons->button(answer == Answer::Accept ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel);
+            buttons->button(answer == Answer::Reject ? QDialogButtonBox::Cancel : QDialogButtonBox::Ok);
         if (button->isEnabled()) {
             button->click();
             return;
@@ -243,22 +298,28 @@ QByteArray chipJson(const DEV::ChipInfo& chip)
 }
 
 /// The dialog on the preset chip, with the row of resource minimums when any is given.
-void prepare(DEV::DeviceSelectorDialog& dialog, const QString& preset, const DEV::ChipInfo& exact,
-             const DEV::ChipRequirements& requirements)
+void prepare(DEV::DeviceSelectorDialog& dialog, const Setup& setup)
 {
-    dialog.setRequirements(requirements);
-    if (exact.partNumber.isEmpty())
-        dialog.setCurrentDevice(preset);
+    dialog.setRequirements(setup.requirements);
+    dialog.deviceSelector()->setComparisonVisible(setup.comparisonPanel);
+    dialog.deviceSelector()->setComparedChips(setup.compared);
+    if (setup.exact.partNumber.isEmpty())
+        dialog.setCurrentDevice(setup.preset);
     else
-        dialog.setCurrentDevice(exact);
+        dialog.setCurrentDevice(setup.exact);
 }
 
-int screenshot(DEV::DeviceDb* db, const QString& preset, const DEV::ChipInfo& exact,
-               const DEV::ChipRequirements& requirements, const QString& path)
+/// Room for the comparison panel below the table, or the dialog's own size.
+QSize openingSize(const DEV::DeviceSelectorDialog& dialog, const Setup& setup)
+{
+    return setup.comparisonPanel ? QSize(900, 760) : dialog.sizeHint();
+}
+
+int screenshot(DEV::DeviceDb* db, const Setup& setup, const QString& path)
 {
     DEV::DeviceSelectorDialog dialog(db);
-    prepare(dialog, preset, exact, requirements);
-    dialog.resize(dialog.sizeHint());
+    prepare(dialog, setup);
+    dialog.resize(openingSize(dialog, setup));
     dialog.show();
     // The selector scrolls to the preset chip from a zero-delay timer, and the
     // table lays out its rows lazily; a few rounds of the event loop let both
@@ -331,6 +392,8 @@ QString conflict(const QCommandLineParser& parser, const Options& o)
         return QStringLiteral("--json and --screenshot cannot be combined");
     if (parser.isSet(o.preset) && parser.isSet(o.partNumber))
         return QStringLiteral("--preset and --part-number cannot be combined");
+    if (parser.isSet(o.screenshot) && parser.isSet(o.recent))
+        return QStringLiteral("--recent and --screenshot cannot be combined");
     return QString();
 }
 
@@ -361,13 +424,27 @@ int failure(const QString& message, bool person)
     return usageError(message);
 }
 
-/// The dialog of the host example, with the row of resource minimums filled in.
-int pickWithRequirements(const QCommandLineParser& parser, const Options& o, DEV::DeviceDb* db, const QString& preset,
-                         const DEV::ChipInfo& exact, const DEV::ChipRequirements& requirements)
+/*
+ * The dialog of the host example with what the options add: the row of
+ * resource minimums filled in, the comparison panel, the recent chips and
+ * the dialog's state kept in the settings (only then).
+ */
+int pickInDialog(const QCommandLineParser& parser, const Options& o, DEV::DeviceDb* db, const Setup& setup)
 {
     DEV::DeviceSelectorDialog dialog(db);
-    prepare(dialog, preset, exact, requirements);
+    dialog.resize(openingSize(dialog, setup));
+    QSettings settings;
+    if (setup.recent) {
+        dialog.restoreState(settings.value(QStringLiteral("dialog/state")).toByteArray());
+        dialog.setRecentVisible(true);
+    }
+    // A size kept from a run without the comparison panel may leave it no room.
+    if (setup.comparisonPanel)
+        dialog.resize(dialog.size().expandedTo(openingSize(dialog, setup)));
+    prepare(dialog, setup);
     const DEV::ChipInfo chip = dialog.exec() == QDialog::Accepted ? dialog.selectedDevice() : DEV::ChipInfo();
+    if (setup.recent)
+        settings.setValue(QStringLiteral("dialog/state"), dialog.saveState());
     if (chip.deviceId.isEmpty())
         return NothingChosen;
     printOut(parser.isSet(o.json) ? chipJson(chip) : chipText(chip));
@@ -384,17 +461,24 @@ int pick(const QCommandLineParser& parser, const Options& o, Answer answer)
     DEV::DeviceDb* db = openDatabase(parser.value(o.data), &own, &error, true);
     if (!db)
         return failure(error, person);
-    const QString preset = parser.value(o.preset);
-    const DEV::ChipInfo exact = exactPreset(db, preset, parser.value(o.partNumber));
-    DEV::ChipRequirements requirements;
+    Setup setup;
+    setup.preset = parser.value(o.preset);
+    setup.exact = exactPreset(db, setup.preset, parser.value(o.partNumber));
     for (const QString& assignment : parser.values(o.min)) {
-        const QString problem = requirements.set(assignment);
+        const QString problem = setup.requirements.set(assignment);
         if (!problem.isEmpty())
             return usageError(problem);
     }
+    for (const QString& partNumber : parser.values(o.compare)) {
+        setup.compared << db->findByPN(partNumber).value(0);
+        if (setup.compared.constLast().partNumber.isEmpty())
+            return usageError(QStringLiteral("--compare: unknown part number '%1'").arg(partNumber));
+    }
+    setup.comparisonPanel = parser.isSet(o.comparePanel) || !setup.compared.isEmpty();
+    setup.recent = parser.isSet(o.recent);
 
     if (parser.isSet(o.screenshot))
-        return screenshot(db, preset, exact, requirements, parser.value(o.screenshot));
+        return screenshot(db, setup, parser.value(o.screenshot));
 
     // A dialog nobody can see would wait for ever.
     if (answer == Answer::Nobody && cannotShowWindows())
@@ -402,8 +486,10 @@ int pick(const QCommandLineParser& parser, const Options& o, Answer answer)
     if (answer != Answer::Nobody)
         answerWhenShown(answer);
 
-    if (!requirements.isEmpty())
-        return pickWithRequirements(parser, o, db, preset, exact, requirements);
+    if (!setup.requirements.isEmpty() || setup.comparisonPanel || setup.recent)
+        return pickInDialog(parser, o, db, setup);
+    const QString& preset = setup.preset;
+    const DEV::ChipInfo& exact = setup.exact;
 
     // [host-example] The README shows this block verbatim.
     // Modal: returns once the user has answered. The preset is the project's
@@ -429,10 +515,13 @@ int main(int argc, char* argv[])
     QApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("devicepicker"));
     QCoreApplication::setApplicationVersion(QStringLiteral(DEVICEPICKER_VERSION));
+    // --recent keeps the dialog's state in <config dir>/Device/devicepicker.conf.
+    QCoreApplication::setOrganizationName(QStringLiteral("Device"));
 
     Options o;
     const QString systemLanguage = translatedLanguage(QLocale::system().uiLanguages());
     o.lang.setDescription(o.lang.description().arg(systemLanguage.isEmpty() ? QStringLiteral("English") : systemLanguage));
+    o.recent.setDescription(o.recent.description().arg(QSettings().fileName()));
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Asks for one chip of the device catalogue and prints it."));
     parser.addOptions(o.all());
