@@ -7,17 +7,16 @@
 #include "chipsearch.h"
 #include "devicedb.h"
 #include "deviceselector_p.h"
+#include "distinctvalues_p.h"
 #include "searchlineedit.h"
 #include "ui_deviceselector.h"
 
 #include <QAction>
-#include <QHash>
 #include <QHeaderView>
 #include <QTimer>
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <functional>
 #include <future>
 #include <system_error>
@@ -31,67 +30,6 @@ namespace {
 constexpr int SectionWidths[][2] = {
     {0, 210}, {1, 100}, {2, 110}, {3, 130}, {4, 90},  {5, 60},   {6, 60},  {7, 50},
     {8, 55},  {9, 50},  {10, 75}, {11, 75}, {12, 75}, {14, 120}, {13, 80}, {15, 40},
-};
-
-/*
- * Distinct values in order of first appearance. Catalogues hold tens of
- * thousands of chips, so membership is a hash look-up rather than a scan of
- * the list gathered so far; the result is sorted afterwards, so only the set
- * of values matters.
- */
-class DistinctValues
-{
-public:
-    void add(const QString& value)
-    {
-        // Chips of one device stand together and share their values:
-        // comparing with the last value spares most hash look-ups.
-        if (m_last >= 0 && equal(value, m_values.at(m_last)))
-            return;
-        const auto seen = m_seen.constFind(value);
-        m_last = seen != m_seen.constEnd() ? seen.value() : int(m_values.size());
-        if (seen == m_seen.constEnd()) {
-            m_seen.insert(value, m_last);
-            m_values.append(value);
-        }
-    }
-
-    void add(const DistinctValues& other)
-    {
-        for (const QString& value : other.m_values)
-            add(value);
-    }
-
-    /// The values in ascending code-unit order, after "Any".
-    QStringList ascending()
-    {
-        m_values.sort(Qt::CaseSensitive);
-        return withAny();
-    }
-
-    /// The values in descending code-unit order, after "Any": the newest
-    /// device version first, the initial (empty) one last.
-    QStringList descending()
-    {
-        std::sort(m_values.begin(), m_values.end(), std::greater<QString>());
-        return withAny();
-    }
-
-private:
-    QStringList withAny()
-    {
-        m_values.prepend(QStringLiteral("Any"));
-        return m_values;
-    }
-
-    static bool equal(const QString& a, const QString& b)
-    {
-        return a.size() == b.size() && std::memcmp(a.constData(), b.constData(), size_t(a.size()) * sizeof(QChar)) == 0;
-    }
-
-    QHash<QString, int> m_seen; // where in m_values
-    QStringList m_values;
-    int m_last = -1; // in m_values
 };
 
 } // namespace
@@ -229,7 +167,7 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
         table->horizontalHeader()->resizeSection(width[0], width[1]);
 
     // Filled before its signal is connected, so filling it triggers nothing.
-    DistinctValues series;
+    pimpl::DistinctValues series;
     const QList<ChipInfo> chips = chipsOfCascade();
     for (const ChipInfo& chip : chips)
         series.add(chip.series);
@@ -260,7 +198,7 @@ void DeviceSelector::onSeriesChanged()
     const bool anySeries = series == QLatin1String("Any");
     const QList<ChipInfo> chips = chipsOfCascade();
     // devices, packages, speeds, versions
-    using Boxes = std::array<DistinctValues, 4>;
+    using Boxes = std::array<pimpl::DistinctValues, 4>;
     const auto collect = [&](int from, int to) {
         Boxes boxes;
         for (int i = from; i < to; ++i) {
@@ -282,10 +220,10 @@ void DeviceSelector::onSeriesChanged()
     const Boxes rest = second.get();
     for (int b = 0; b < 4; ++b)
         boxes[size_t(b)].add(rest[size_t(b)]);
-    DistinctValues& devices = boxes[0];
-    DistinctValues& packages = boxes[1];
-    DistinctValues& speeds = boxes[2];
-    DistinctValues& versions = boxes[3];
+    pimpl::DistinctValues& devices = boxes[0];
+    pimpl::DistinctValues& packages = boxes[1];
+    pimpl::DistinctValues& speeds = boxes[2];
+    pimpl::DistinctValues& versions = boxes[3];
 
     // Refilling moves every box's current index; without these connections
     // the refill runs neither the filter nor the version refill once per box.
@@ -319,7 +257,7 @@ void DeviceSelector::onDeviceChanged()
     const QString series = ui->cbSeries->currentText();
     const bool anyDevice = ui->cbDevice->currentIndex() == 0;
     const QString device = ui->cbDevice->currentText();
-    DistinctValues versions;
+    pimpl::DistinctValues versions;
     const QList<ChipInfo> chips = chipsOfCascade();
     for (const ChipInfo& chip : chips) {
         if (chip.series != series)
