@@ -19,6 +19,8 @@ namespace DEV {
 
 namespace {
 
+using pimpl::sameText;
+
 // ASCII's capitals in lower case; other units below 0x80 as they are.
 inline char folded(ushort u)
 {
@@ -33,16 +35,10 @@ inline char folded(ushort u)
  */
 enum class Part { Device, Own, Series };
 
-// Equal texts; neighbours' shared values lie at one place, which settles it at once.
-inline bool same(const QString& a, const QString& b)
-{
-    return a.size() == b.size() && (a.constData() == b.constData() || a == b);
-}
-
 bool sameDeviceValues(const ChipInfo& a, const ChipInfo& b)
 {
-    return same(a.series, b.series) && same(a.matchKey, b.matchKey) && same(a.device, b.device)
-        && same(a.package, b.package) && same(a.auxiliary, b.auxiliary) && a.resources == b.resources;
+    return sameText(a.series, b.series) && sameText(a.matchKey, b.matchKey) && sameText(a.device, b.device)
+        && sameText(a.package, b.package) && sameText(a.auxiliary, b.auxiliary) && a.resources == b.resources;
 }
 
 template <typename Visit>
@@ -265,7 +261,7 @@ QVector<int> pimpl::foldedRows(const QList<ChipInfo>& chips, const ChipFilterByS
         bool deviceHolds = false;
         for (int k = from; k < to; ++k) {
             const ChipInfo& chip = chips.at(k);
-            if (!seriesOf || !same(chip.series, *seriesOf)) {
+            if (!seriesOf || !sameText(chip.series, *seriesOf)) {
                 seriesOf = &chip.series;
                 series.text.clear();
                 series.ends.clear();

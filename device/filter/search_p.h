@@ -55,6 +55,13 @@ void inHalves(int n, Work work)
         second.join();
 }
 
+// Equal texts. Neighbours' shared values lie at one place, which settles it
+// at once; the contents decide otherwise.
+inline bool sameText(const QString& a, const QString& b)
+{
+    return a.size() == b.size() && (a.constData() == b.constData() || a == b);
+}
+
 using ChipAt = std::function<const ChipInfo&(int)>;
 
 /// Sets verdicts[k] for k in [0, n) to whether chipAt(k) matches @p filter

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace DEV {
 
@@ -84,18 +86,32 @@ public:
         // "All" leaves out the device version and the speed grade but takes
         // the match key and auxiliary attribute, which the table does not
         // show; the single columns are the way to search the former.
+        size_t at = 0;
         for (const QString* value : {&chip.series, &chip.partNumber, &chip.matchKey, &chip.device, &chip.package,
                                      &chip.auxiliary, &chip.voltage}) {
-            if (decide(*value))
+            if (decideAt(at++, *value))
                 return true;
         }
-        return std::any_of(chip.resources.begin(), chip.resources.end(), [this](const QString& count) {
-            return decide(count);
+        return std::any_of(chip.resources.begin(), chip.resources.end(), [this, &at](const QString& count) {
+            return decideAt(at++, count);
         });
     }
 
 private:
     enum class Mode { Expression, Exactly, Anywhere, Nothing };
+
+    // Neighbours in a catalogue share most values, and an expression takes a
+    // while: the verdict on the value a place held in the chip before serves
+    // while the place holds an equal value. The records outlive the matcher.
+    bool decideAt(size_t at, const QString& v)
+    {
+        if (at >= m_last.size())
+            m_last.resize(at + 1);
+        std::pair<const QString*, bool>& last = m_last[at];
+        if (!last.first || !pimpl::sameText(v, *last.first))
+            last = {&v, decide(v)};
+        return last.second;
+    }
 
     // The chip table shows an empty count as "0", so a search for "0" also
     // accepts every empty value.
@@ -122,6 +138,7 @@ private:
     const bool m_emptyCellRule;
     Mode m_mode = Mode::Anywhere;
     std::optional<QRegExp> m_regExp;
+    std::vector<std::pair<const QString*, bool>> m_last;
 };
 
 } // namespace
