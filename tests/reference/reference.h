@@ -11,7 +11,6 @@
 #include "chipsearch.h"
 #include "devicedb.h"
 
-#include <QAbstractItemModel>
 #include <QDebug>
 #include <QFile>
 #include <QRegExp>
@@ -189,25 +188,32 @@ inline int compareCells(QString a, QString b, int column)
     return x < y ? -1 : int(x > y);
 }
 
-/// Empty when each row of @p model shows @p column in order with the row before.
-inline QString misordered(const QAbstractItemModel& model, int column, bool ascending)
+/// The text of @p chip in the table's @p column as it compares: a missing count is empty, which compares as 0.
+inline QString cellText(const DEV::ChipInfo& c, int column)
 {
-    for (int row = 1; row < model.rowCount(); ++row) {
-        const QString before = model.index(row - 1, column).data().toString(), cell = model.index(row, column).data().toString();
-        if (compareCells(before, cell, column) * (ascending ? 1 : -1) > 0)
-            return QStringLiteral("row %1: '%2' after '%3'").arg(row).arg(cell, before);
-    }
-    return QString();
+    return column < 7 ? QStringList{c.partNumber, c.series, c.device, c.deviceVersion, c.package, c.speed, c.voltage}.at(column)
+                      : c.resources.value(column - 7);
+}
+
+/// @p rows, positions in @p chips, as the table orders them by @p column: a stable sort, equal cells keeping their
+/// order in either direction; a column outside the table leaves them as they are.
+inline QVector<int> sortedRows(const QList<DEV::ChipInfo>& chips, QVector<int> rows, int column, bool ascending)
+{
+    if (column >= 0 && column < 16)
+        std::stable_sort(rows.begin(), rows.end(), [&](int l, int r) {
+            return compareCells(cellText(chips.at(l), column), cellText(chips.at(r), column), column) * (ascending ? 1 : -1) < 0;
+        });
+    return rows;
 }
 
 // Table rows full of ties and of texts that only some comparisons tell apart: texts that differ only after many equal
 // units or only by a trailing U+0000, counts that are not plain digits, "Kb" in odd places, short resource lists.
-// Every text cell starts with @p prefix.
+// Every text cell starts with @p prefix; only @p wide rows have units beyond U+00FF.
 template <typename Choose>
-QList<DEV::ChipInfo> randomRows(Choose& choose, int count, const QString& prefix = QString())
+QList<DEV::ChipInfo> randomRows(Choose& choose, int count, const QString& prefix = QString(), bool wide = true)
 {
-    static const QStringList words = QStringList{"", "a", "A", "Z", "9", "10", " ", "LX9PK88", "\xc3\xa9", "\xef\xbf\xbf",
-                                                 "\xf0\x9f\x98\x80"} << QString(QChar(0));
+    static const QStringList words = QStringList{"", "a", "A", "Z", "9", "10", " ", "LX9PK88", "\xc3\xa9"}
+                                     << QString(QChar(0)) << "\xef\xbf\xbf" << "\xf0\x9f\x98\x80";
     static const QStringList counts{"", "0", "-3", "+4", " 5", "x", "007", "1234567890", "2147483648", "8Kb", "Kb8", "Kb",
                                     "64KB", "2Mb", "16kb", "1Kb0Kb", "12KbKb", "0x10", "1234567890Kb", "7", "35", "-1Kb"};
     QList<DEV::ChipInfo> rows;
@@ -217,7 +223,7 @@ QList<DEV::ChipInfo> randomRows(Choose& choose, int count, const QString& prefix
         for (QString* m : {&c.partNumber, &c.series, &c.device, &c.deviceVersion, &c.package, &c.speed, &c.voltage}) {
             *m = prefix;
             for (int w = choose(7); w > 0; --w)
-                *m += words.at(choose(words.size()));
+                *m += words.at(choose(int(words.size()) - (wide ? 0 : 2)));
         }
         for (int k = choose(11); k > 0; --k)
             c.resources << counts.at(choose(counts.size())) + (choose(2) ? "Kb" : "");
