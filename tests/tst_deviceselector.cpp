@@ -7,10 +7,13 @@
 
 #include "chiprequirements.h"
 #include "deviceselector.h"
+#include "reference/reference.h"
 #include "searchlineedit.h"
 #include "testhelpers.h"
 
 #include <QtWidgets>
+
+#include <numeric>
 
 using DEV::DeviceSelector;
 using DEV::DeviceSelectorDialog;
@@ -688,6 +691,72 @@ private Q_SLOTS:
         QCOMPARE(seen + " -> " + chip.partNumber, result);
         QCOMPARE(fields(chip), fields(m_cascade->findByPN(chip.partNumber).value(0)));
         QVERIFY(dialog.isNull()); // the dialog does not outlive the call
+    }
+
+    // A pattern typed key by key and taken back with Backspace, more keys than the selector keeps steps for, with
+    // search options and boxes changed in between. After each step the table shows the chips the boxes leave that the
+    // plain search finds (all of them while the field is empty), in part-number order with ties in database order,
+    // and the label counts the hits: keys typed on search only the hits before, Backspace goes back to them, and
+    // neither may change what is seen.
+    void typingKeyByKey()
+    {
+        QByteArray catalogue = TestHelpers::generatedCatalogue("copies", 3000);
+        // Part numbers shared with chips of a later version, which the database lists first.
+        for (const QByteArray& line : catalogue.split('\n').mid(0, 700)) {
+            QList<QByteArray> values = line.split(',');
+            if (values.size() > 5 && values.at(1).endsWith("C5/I4")) {
+                values[0].prepend("v-");
+                values[5] = "Z";
+                catalogue += values.join(',') + '\n';
+            }
+        }
+        const auto db = m_files.load(catalogue);
+        const QList<DEV::ChipInfo> all = db->allChipInfo();
+        QVector<int> order(int(all.size()));
+        std::iota(order.begin(), order.end(), 0);
+        order = Reference::sortedRows(all, order, 0, true);
+        QCOMPARE(db->partNumberOrder(), order);
+        DeviceSelector selector(db.get());
+        auto* search = selector.findChild<DEV::SearchLineEdit*>();
+        const QAbstractItemModel& model = *selector.findChild<QTableView*>()->model();
+        L steps; // one key at a time
+        for (const QString& step : QStringLiteral("type:zr1n<<1l4-m case type:<<<<<<<ZR1L case type:4-<<< cbSeries=ZR1L "
+                                                  "type:<1 group2 type:L9< group0 cbPackage=QN48 type:4-UVQN48C5/<<<<<<<<<<< "
+                                                  "wild type:*5 anywhere type:< exact type:< regexp type:(< anywhere "
+                                                  "cbSeries=Any group8 type:<<<<0<22<").split(' ')) {
+            for (const QChar key : step.startsWith("type:") ? step.mid(5) : QString())
+                steps << "type:" + QString(key);
+            if (!step.startsWith("type:"))
+                steps << step;
+        }
+        int longest = 0;
+        for (const QString& step : steps) {
+            if (step == "anywhere")
+                search->matchAnywhereAction->trigger();
+            else
+                QVERIFY2(apply(selector, step), qPrintable(step));
+            const int syntax = search->wildCardAction->isChecked() ? 0 : search->regExpAction->isChecked() ? 1
+                : search->matchExactlyAction->isChecked()          ? 2 : 3;
+            const DEV::ChipFilterBySearch f{search->filterGroup(), syntax, search->caseSensitiveAction->isChecked(),
+                                            search->text()};
+            const L current = boxes(selector, false).split(','); // "Any" where a box leaves all
+            L wanted, shown;
+            for (int k : order) {
+                const DEV::ChipInfo& c = all.at(k);
+                const QString values[] = {c.series, c.device, c.deviceVersion, c.package, c.speed};
+                bool kept = f.pattern.isEmpty() || Reference::matchSearch(c, f);
+                for (int b = 0; b < 5; ++b)
+                    kept = kept && (current.at(b) == "Any" || current.at(b) == values[b]);
+                if (kept)
+                    wanted << c.partNumber + '/' + c.deviceVersion;
+            }
+            for (int row = 0; row < model.rowCount(); ++row)
+                shown << model.index(row, 0).data().toString() + '/' + model.index(row, 3).data().toString();
+            const QString count = QStringLiteral("(%1 matches)").arg(f.pattern.isEmpty() ? 0 : wanted.size());
+            QCOMPARE((L{step + ' ' + f.pattern + ' ' + matchCount(selector)} + shown), (L{step + ' ' + f.pattern + ' ' + count} + wanted));
+            longest = std::max(longest, int(f.pattern.size()));
+        }
+        QVERIFY(longest > 8);
     }
 };
 

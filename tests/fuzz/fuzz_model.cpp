@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// libFuzzer target: the chip table model under random sequences of new lists, sorts and look-ups. Nothing may crash,
-// Qt's model checks must hold, and every sort must order the cells as the plain cell comparison does.
+// libFuzzer target: the chip table model under random sequences of new lists (whole, or chosen rows of a list, said
+// to follow a column's order when they do), sorts and look-ups. Nothing may crash, Qt's model checks must hold, and
+// the rows must always be those of the plain stable sort of the rows set, one sort after the other.
 
 #include "chipinfotablemodel.h"
 #include "reference/reference.h"
@@ -10,6 +11,7 @@
 #include <QAbstractItemModelTester>
 
 #include <cstdlib>
+#include <numeric>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
@@ -23,19 +25,40 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     });
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Warning);
     QList<DEV::ChipInfo> held;
+    QVector<int> rows; // positions in held, as the model should show them
+    const auto text = [](const DEV::ChipInfo& c) {
+        return QStringList{c.deviceId, c.partNumber, c.series, c.device, c.deviceVersion, c.package, c.speed, c.voltage}
+            + c.resources;
+    };
     while (in.remaining_bytes() > 0) {
-        const int action = choose(4);
+        const int action = choose(5);
         if (action == 0)
-            held = Reference::randomRows(choose, choose(41));
+            held = Reference::randomRows(choose, choose(41), QString(), choose(2) == 1);
         if (action == 0 || action == 3) { // a new list, or the very list already held: a full reset either way
             model.setChipInfoList(held);
+            rows.resize(held.size());
+            std::iota(rows.begin(), rows.end(), 0);
+        } else if (action == 4) { // some rows, in any order, or in that of a column
+            rows.clear();
+            for (int k = 0; k < held.size(); ++k) {
+                if (choose(3))
+                    rows.insert(choose(int(rows.size()) + 1), k);
+            }
+            const int orderedBy = choose(18) - 1;
+            rows = Reference::sortedRows(held, rows, orderedBy, true);
+            model.setChipInfoList(held, rows, orderedBy);
         } else if (action == 1) {
             const int column = choose(20) - 2;
             const bool ascending = choose(2) == 1;
             model.sort(column, ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
-            if (model.rowCount() != held.size()
-                || (column >= 0 && column < 16 && !Reference::misordered(model, column, ascending).isEmpty()))
+            rows = Reference::sortedRows(held, rows, column, ascending);
+            if (model.rowCount() != rows.size() || model.chipInfoList().size() != rows.size())
                 std::abort();
+            for (int row = 0; row < rows.size(); ++row) {
+                const QStringList shown = text(model.index2chipInfo(model.index(row, 0)));
+                if (shown != text(held.at(rows.at(row))) || text(model.chipInfoList().at(row)) != shown)
+                    std::abort();
+            }
         } else {
             // The first row with a record's identifier is at or before the record's own row.
             const int row = choose(model.rowCount() + 4) - 2;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // libFuzzer target: the free-text search against the plain reference, on random chips built by hand and the same
-// chips loaded from a file (where equal values share their data), one chip at a time and over the list.
+// chips loaded from a file (where equal values share their data), one chip at a time and over the list by every way
+// the library searches: short lists and long ones, ordinary and prepared, among chosen positions and typed on.
 
 #include "reference/reference.h"
 
@@ -22,13 +23,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     FuzzedDataProvider in(data, size);
     const auto choose = [&in](int n) { return in.ConsumeIntegralInRange<int>(0, n - 1); };
     const DEV::ChipFilterBySearch search = Reference::randomSearch(choose);
-    QList<DEV::ChipInfo> chips = Reference::randomChips(choose, choose(25));
+    // Up to 48 chips, searched value by value, or 64 to 400, folded first.
+    QList<DEV::ChipInfo> chips = Reference::randomChips(choose, choose(2) ? choose(25) : 32 + choose(169));
     static QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("chips.csv"));
     const QList<DEV::ChipInfo> loaded = Reference::loadedCopy(chips, path);
     for (int i = 0; i < loaded.size(); ++i)
         chips.insert(std::min(int(chips.size()), 2 * i), loaded.at(i));
-    if (!Reference::disagreement(chips, search).isEmpty())
+    if (!Reference::disagreement(chips, search, choose).isEmpty())
         std::abort();
     return 0;
 }

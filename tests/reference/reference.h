@@ -11,7 +11,6 @@
 #include "chipsearch.h"
 #include "devicedb.h"
 
-#include <QAbstractItemModel>
 #include <QDebug>
 #include <QFile>
 #include <QRegExp>
@@ -92,73 +91,149 @@ inline bool matchSearch(const DEV::ChipInfo& chip, const DEV::ChipFilterBySearch
     return false;
 }
 
-/// Empty when the library answers like the reference for every chip, one by one and as a list; otherwise the first
-/// difference.
-inline QString disagreement(const QList<DEV::ChipInfo>& chips, const DEV::ChipFilterBySearch& f)
-{
-    const QString search = QStringLiteral("group %1, syntax %2, case %3, pattern \"%4\": ")
-                               .arg(f.group).arg(f.patternSyntax).arg(f.caseSensitive).arg(f.pattern);
-    QList<DEV::ChipInfo> expected;
-    for (const DEV::ChipInfo& chip : chips) {
-        if (DEV::matchFilter(chip, f) != matchSearch(chip, f))
-            return search + QStringLiteral("matchFilter differs on ") + chip.deviceId;
-        if (matchSearch(chip, f))
-            expected << chip;
-    }
-    const QList<DEV::ChipInfo> got = DEV::filterChips(chips, f);
-    const QList<DEV::ChipInfo> prepared = DEV::ChipSearch(chips).filterChips(f);
-    for (int i = 0; i < qMax(got.size(), expected.size()); ++i) {
-        if (got.value(i).deviceId != expected.value(i).deviceId)
-            return search + QStringLiteral("filterChips differs at ") + QString::number(i);
-        if (prepared.value(i).deviceId != expected.value(i).deviceId)
-            return search + QStringLiteral("ChipSearch differs at ") + QString::number(i);
-    }
-    return prepared.size() == expected.size() ? QString() : search + QStringLiteral("ChipSearch finds more");
-}
-
-// Short values from small pools meet often enough to match. Non-ASCII ones include letters whose case folding lands
-// on ASCII (the Kelvin sign, the long s) and a surrogate pair; long ones are scanned in blocks, with a match or a
-// foreign letter near block edges. Now and then a null string, as in a default record.
+// Short values from small pools meet often enough to match; long ones, some of them made of several, are scanned in
+// blocks, with a match near block edges. Values and patterns beyond ASCII (only when @p foreign) include letters whose
+// case folding lands on ASCII (the Kelvin sign, the long s) and a surrogate pair. Now and then a null string, as in a
+// default record.
 template <typename Choose>
-QString randomText(Choose& choose, bool pattern)
+QString randomText(Choose& choose, bool pattern, bool foreign = true)
 {
     static const char* const values[] = {"", "0", "00", "10", "a", "A", "ab", "AB", "aB", "x.y", "a*", "[a]", "?", "(",
-                                         "ZR1N", "zr1n-9", "C6/I5", " a", "\\", "\xE2\x84\xAA", "\xC5\xBF", "\xC3\x9F",
-                                         "a\u00C4b", "\xF0\x9D\x90\x80k", "ZR9K31AQ113-MVPG256C7/I6",
-                                         "zr9k31aq113-mvpg256c7/i6", "xxxxxxxAByyyyyyyZR1Nzz", "xxxxxxxxxxxxxxx\xE2\x84\xAA"};
+                                         "ZR1N", "zr1n-9", "C6/I5", " a", "\\", "ZR9K31AQ113-MVPG256C7/I6",
+                                         "zr9k31aq113-mvpg256c7/i6", "xxxxxxxAByyyyyyyZR1Nzz", "\xE2\x84\xAA", "\xC5\xBF",
+                                         "\xC3\x9F", "a\u00C4b", "\xF0\x9D\x90\x80k", "xxxxxxxxxxxxxxx\xE2\x84\xAA"};
     static const char* const patterns[] = {"0", "00", "", "*", "?", "a*", "A*", "*b", "[ab]*", "[!a]*", "[a-c]?", "a.c",
                                            ".*", "^a", "(a|b)", "(", "[", "a{2}", "\\d+", "A", "ab", "zr1n", "*-9",
-                                           "\\", ")", "?*", "b$", "k", "S", "ss", "\xC3\xA4", "\xE2\x84\xAA", "pg256c7",
-                                           "MVPG256", "i6", "Q113-m", "/I5-A"};
+                                           "\\", ")", "?*", "b$", "k", "S", "ss", "pg256c7", "MVPG256", "i6", "Q113-m",
+                                           "/I5-A", "\xC3\xA4", "\xE2\x84\xAA"};
+    const int ascii = pattern ? int(std::size(patterns)) - 2 : int(std::size(values)) - 6;
     if (choose(12) == 0)
         return QString();
-    const QString text = QString::fromUtf8(pattern ? patterns[choose(int(std::size(patterns)))]
-                                                   : values[choose(int(std::size(values)))]);
-    return pattern && choose(3) == 0 ? text + randomText(choose, true) : text;
+    const int which = choose(foreign ? int(pattern ? std::size(patterns) : std::size(values)) : ascii);
+    const QString text = QString::fromUtf8(pattern ? patterns[which] : values[which]);
+    return choose(pattern ? 3 : 6) == 0 ? text + randomText(choose, pattern, foreign) : text;
 }
 
+/// A search as typed into the selector's field (every column, anywhere, any case) half of the time; else any search,
+/// with group and syntax one beyond each end.
 template <typename Choose>
 DEV::ChipFilterBySearch randomSearch(Choose& choose)
 {
-    const int group = choose(19) - 1, syntax = choose(6) - 1, caseSensitive = choose(2); // one beyond each end
+    if (choose(2))
+        return DEV::ChipFilterBySearch{0, 3, false, randomText(choose, true)};
+    const int group = choose(19) - 1, syntax = choose(6) - 1, caseSensitive = choose(2);
     return DEV::ChipFilterBySearch{group, syntax, caseSensitive == 1, randomText(choose, true)};
 }
 
+// Chips as catalogues have them: mostly ASCII, and neighbours often of one device, whose values (series, match key,
+// device, package, auxiliary, counts) they share as the same strings or as equal ones made apart, or all but one of
+// them. Beyond ASCII are the values of one chip in @p foreignEvery, by default of one in three or of one in forty:
+// more or fewer than a prepared search decides one by one before it gives up on its folded text.
 template <typename Choose>
-QList<DEV::ChipInfo> randomChips(Choose& choose, int count)
+QList<DEV::ChipInfo> randomChips(Choose& choose, int count, int foreignEvery = 0)
 {
+    if (foreignEvery <= 0)
+        foreignEvery = choose(3) == 0 ? 3 : 40;
     QList<DEV::ChipInfo> chips;
     for (int i = 0; i < count; ++i) {
+        const bool foreign = choose(foreignEvery) == 0;
         DEV::ChipInfo c;
         c.deviceId = QStringLiteral("chip-%1").arg(i);
-        for (QString* m : {&c.partNumber, &c.series, &c.matchKey, &c.device, &c.deviceVersion, &c.package, &c.voltage,
-                           &c.speed, &c.auxiliary})
-            *m = randomText(choose, false);
-        for (int k = choose(12); k > 0; --k) // short lists as well as longer ones
-            c.resources << randomText(choose, false);
+        for (QString* m : {&c.partNumber, &c.deviceVersion, &c.voltage, &c.speed})
+            *m = randomText(choose, false, foreign);
+        static QString DEV::ChipInfo::* const shared[] = {&DEV::ChipInfo::series, &DEV::ChipInfo::matchKey,
+            &DEV::ChipInfo::device, &DEV::ChipInfo::package, &DEV::ChipInfo::auxiliary};
+        const int kin = i > 0 ? choose(4) : 3; // the same strings as the chip before, equal ones, all but one, new ones
+        if (kin < 3) {
+            const auto copy = [kin](const QString& s) { return kin == 0 ? s : QString(s.constData(), s.size()); };
+            for (QString DEV::ChipInfo::*m : shared)
+                c.*m = copy(chips.last().*m);
+            for (const QString& count : chips.last().resources)
+                c.resources << copy(count);
+            const int other = kin == 2 ? choose(7) : -1;
+            if (other >= 0 && other < 5)
+                c.*shared[other] = randomText(choose, false, foreign);
+            else if (other == 5 || (other == 6 && c.resources.isEmpty()))
+                c.resources << randomText(choose, false, foreign);
+            else if (other == 6)
+                c.resources[choose(int(c.resources.size()))] = randomText(choose, false, foreign);
+        } else {
+            for (QString DEV::ChipInfo::*m : shared)
+                c.*m = randomText(choose, false, foreign);
+            for (int k = choose(12); k > 0; --k) // short lists as well as longer ones
+                c.resources << randomText(choose, false, foreign);
+        }
         chips << c;
     }
     return chips;
+}
+
+/// The positions in @p chips of the chips that the reference finds with @p f.
+inline QVector<int> found(const QList<DEV::ChipInfo>& chips, const DEV::ChipFilterBySearch& f)
+{
+    QVector<int> rows;
+    for (int k = 0; k < chips.size(); ++k) {
+        if (matchSearch(chips.at(k), f))
+            rows << k;
+    }
+    return rows;
+}
+
+/// Empty when the library answers like the reference for every chip one by one and by every way it searches a list:
+/// the ordinary search (value by value below 64 chips, folded from there, in two halves from 16384), the prepared
+/// search, the prepared search among random ascending positions (some of them outside the list; few or many, which
+/// it answers differently) and among the hits of the search before, as while the user types on. Otherwise the first
+/// difference.
+template <typename Choose>
+QString disagreement(const QList<DEV::ChipInfo>& chips, const DEV::ChipFilterBySearch& f, Choose& choose)
+{
+    const QString search = QStringLiteral("group %1, syntax %2, case %3, pattern \"%4\": ")
+                               .arg(f.group).arg(f.patternSyntax).arg(f.caseSensitive).arg(f.pattern);
+    const QVector<int> expected = found(chips, f);
+    const auto hit = [&expected](int k) { return std::binary_search(expected.begin(), expected.end(), k); };
+    for (int k = 0; k < chips.size(); ++k) {
+        if (DEV::matchFilter(chips.at(k), f) != hit(k))
+            return search + QStringLiteral("matchFilter differs on chip %1").arg(k);
+    }
+    QStringList ids, wantedIds;
+    for (const DEV::ChipInfo& chip : DEV::filterChips(chips, f))
+        ids << chip.deviceId;
+    for (int k : expected)
+        wantedIds << chips.at(k).deviceId;
+    const DEV::ChipSearch prepared(chips);
+    const char* const differs = DEV::filterRows(chips, f) != expected ? "filterRows"
+        : ids != wantedIds                                        ? "filterChips"
+        : prepared.filterRows(f) != expected                      ? "ChipSearch"
+                                                                  : nullptr;
+    if (differs)
+        return search + QLatin1String(differs) + QStringLiteral(" differs");
+    QVector<int> among, wanted;
+    const int share = choose(4); // of three chips: none, one, two or all three
+    if (choose(2))
+        among << -1;
+    for (int k = 0; k < chips.size(); ++k) {
+        if (choose(3) < share) {
+            among << k;
+            if (hit(k))
+                wanted << k;
+        }
+    }
+    if (choose(2))
+        among << int(chips.size()) << int(chips.size()) + 7;
+    if (prepared.filterRows(f, among) != wanted)
+        return search + QStringLiteral("ChipSearch among %1 positions differs").arg(among.size());
+    // Typed on: with the pattern found anywhere, no chip the shorter pattern missed may turn up.
+    DEV::ChipFilterBySearch more = f;
+    more.pattern += randomText(choose, true);
+    const bool anywhere = f.patternSyntax < 0 || f.patternSyntax > 2;
+    wanted.clear();
+    for (int k : found(chips, more)) {
+        if (hit(k) || anywhere)
+            wanted << k;
+    }
+    return prepared.filterRows(more, expected) == wanted
+        ? QString()
+        : search + QStringLiteral("ChipSearch among the hits differs for \"%1\"").arg(more.pattern);
 }
 
 /// @p chips as a database loads them from a data file written to @p path: equal values then share their data, which
@@ -189,25 +264,32 @@ inline int compareCells(QString a, QString b, int column)
     return x < y ? -1 : int(x > y);
 }
 
-/// Empty when each row of @p model shows @p column in order with the row before.
-inline QString misordered(const QAbstractItemModel& model, int column, bool ascending)
+/// The text of @p chip in the table's @p column as it compares: a missing count is empty, which compares as 0.
+inline QString cellText(const DEV::ChipInfo& c, int column)
 {
-    for (int row = 1; row < model.rowCount(); ++row) {
-        const QString before = model.index(row - 1, column).data().toString(), cell = model.index(row, column).data().toString();
-        if (compareCells(before, cell, column) * (ascending ? 1 : -1) > 0)
-            return QStringLiteral("row %1: '%2' after '%3'").arg(row).arg(cell, before);
-    }
-    return QString();
+    return column < 7 ? QStringList{c.partNumber, c.series, c.device, c.deviceVersion, c.package, c.speed, c.voltage}.at(column)
+                      : c.resources.value(column - 7);
+}
+
+/// @p rows, positions in @p chips, as the table orders them by @p column: a stable sort, equal cells keeping their
+/// order in either direction; a column outside the table leaves them as they are.
+inline QVector<int> sortedRows(const QList<DEV::ChipInfo>& chips, QVector<int> rows, int column, bool ascending)
+{
+    if (column >= 0 && column < 16)
+        std::stable_sort(rows.begin(), rows.end(), [&](int l, int r) {
+            return compareCells(cellText(chips.at(l), column), cellText(chips.at(r), column), column) * (ascending ? 1 : -1) < 0;
+        });
+    return rows;
 }
 
 // Table rows full of ties and of texts that only some comparisons tell apart: texts that differ only after many equal
 // units or only by a trailing U+0000, counts that are not plain digits, "Kb" in odd places, short resource lists.
-// Every text cell starts with @p prefix.
+// Every text cell starts with @p prefix; only @p wide rows have units beyond U+00FF.
 template <typename Choose>
-QList<DEV::ChipInfo> randomRows(Choose& choose, int count, const QString& prefix = QString())
+QList<DEV::ChipInfo> randomRows(Choose& choose, int count, const QString& prefix = QString(), bool wide = true)
 {
-    static const QStringList words = QStringList{"", "a", "A", "Z", "9", "10", " ", "LX9PK88", "\xc3\xa9", "\xef\xbf\xbf",
-                                                 "\xf0\x9f\x98\x80"} << QString(QChar(0));
+    static const QStringList words = QStringList{"", "a", "A", "Z", "9", "10", " ", "LX9PK88", "\xc3\xa9"}
+                                     << QString(QChar(0)) << "\xef\xbf\xbf" << "\xf0\x9f\x98\x80";
     static const QStringList counts{"", "0", "-3", "+4", " 5", "x", "007", "1234567890", "2147483648", "8Kb", "Kb8", "Kb",
                                     "64KB", "2Mb", "16kb", "1Kb0Kb", "12KbKb", "0x10", "1234567890Kb", "7", "35", "-1Kb"};
     QList<DEV::ChipInfo> rows;
@@ -217,7 +299,7 @@ QList<DEV::ChipInfo> randomRows(Choose& choose, int count, const QString& prefix
         for (QString* m : {&c.partNumber, &c.series, &c.device, &c.deviceVersion, &c.package, &c.speed, &c.voltage}) {
             *m = prefix;
             for (int w = choose(7); w > 0; --w)
-                *m += words.at(choose(words.size()));
+                *m += words.at(choose(int(words.size()) - (wide ? 0 : 2)));
         }
         for (int k = choose(11); k > 0; --k)
             c.resources << counts.at(choose(counts.size())) + (choose(2) ? "Kb" : "");
