@@ -440,10 +440,11 @@ QVector<int> ChipSearch::filterRows(const ChipFilterBySearch& filter) const
 QVector<int> ChipSearch::filterRows(const ChipFilterBySearch& filter, const QVector<int>& among) const
 {
     const auto inside = [this](int k) { return k >= 0 && k < d->size; };
+    const bool allInside = std::all_of(among.begin(), among.end(), inside);
     QVector<int> kept;
-    if (!std::all_of(among.begin(), among.end(), inside))
+    if (!allInside)
         std::copy_if(among.begin(), among.end(), std::back_inserter(kept), inside);
-    const QVector<int>& candidates = kept.isEmpty() ? among : kept;
+    const QVector<int>& candidates = allInside ? among : kept;
     // Every position, as while the first keys of a word match everything:
     // the same as searching them all.
     if (candidates.size() == d->size
