@@ -55,15 +55,21 @@ struct SearchStep
 // Enough steps for a part number's worth of Backspace without searching again.
 constexpr int KeptSteps = 8;
 
-// @p work on another thread, or, where none can be started, when its result is asked for.
+// Catalogues this long are worth a second thread for the selector's own work.
+constexpr int LongCatalogue = 65536;
+
+// @p work on another thread when @p worth it; else, or where no thread can
+// be started, on this one when its result is asked for.
 template <typename Work>
-auto soon(Work work)
+auto soon(bool worth, Work work)
 {
-    try {
-        return std::async(std::launch::async, work);
-    } catch (const std::system_error&) {
-        return std::async(std::launch::deferred, work);
+    if (worth) {
+        try {
+            return std::async(std::launch::async, work);
+        } catch (const std::system_error&) {
+        }
     }
+    return std::async(std::launch::deferred, work);
 }
 
 } // namespace
@@ -137,8 +143,9 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     d->all = db->allChipInfo();
     // Both are the database's, made once for all its selectors: the first
     // selector has them made while it builds its boxes.
-    d->pendingOrder = soon([db] { return db->partNumberOrder(); });
-    d->pendingSearch = soon([db] { return db->preparedSearch(); });
+    const bool worth = d->all.size() >= LongCatalogue;
+    d->pendingOrder = soon(worth, [db] { return db->partNumberOrder(); });
+    d->pendingSearch = soon(worth, [db] { return db->preparedSearch(); });
 
     searchEdit = new SearchLineEdit(this);
     ui->SerarchLayout->insertWidget(1, searchEdit, 0);
@@ -214,8 +221,9 @@ void DeviceSelector::onSeriesChanged()
     };
     // A long list in two halves at once; only the set of values matters, as
     // each box sorts them.
-    const int half = chips.size() >= 65536 ? int(chips.size() / 2) : int(chips.size());
-    std::future<Boxes> second = soon([&] { return collect(half, int(chips.size())); });
+    const bool worth = chips.size() >= LongCatalogue;
+    const int half = worth ? int(chips.size() / 2) : int(chips.size());
+    std::future<Boxes> second = soon(worth, [&] { return collect(half, int(chips.size())); });
     Boxes boxes = collect(0, half);
     const Boxes rest = second.get();
     for (int b = 0; b < 4; ++b)
