@@ -173,7 +173,8 @@ bool pack(Key& key, QStringView text)
     constexpr int Units = 3 * 64 / Bits;
     const qsizetype n = std::min<qsizetype>(text.size(), Units);
     char16_t units[24] = {};
-    std::memcpy(units, text.utf16(), size_t(n) * sizeof(char16_t));
+    if (n > 0) // an empty view may point nowhere
+        std::memcpy(units, text.utf16(), size_t(n) * sizeof(char16_t));
     uchar bytes[24];
 #if defined(__SSE2__)
     if (Bits == 8) {
