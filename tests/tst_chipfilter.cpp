@@ -232,7 +232,8 @@ private Q_SLOTS:
             const ChipFilterBySearch f{r % 4 == 3 ? 2 : 0, r % 4, r % 3 == 1, texts[r % 6]};
             QString difference = Reference::disagreement(chips.mid(r * 2801, 400), f, choose);
             QVERIFY2(difference.isEmpty(), qPrintable(difference));
-            difference = Reference::disagreement(chips, ChipFilterBySearch{0, 3, false, texts[r % 6]}, choose);
+            if (r % 2) // a package, the start of every series, a voltage
+                difference = Reference::disagreement(chips, ChipFilterBySearch{0, 3, false, texts[r % 6]}, choose);
             QVERIFY2(difference.isEmpty(), qPrintable(difference));
         }
     }
@@ -362,7 +363,7 @@ private Q_SLOTS:
         QList<ChipInfo> longList;
         while (longList.size() < 17000)
             longList << loaded << built;
-        for (int round = 0; round < 6; ++round) {
+        for (int round = 0; round < 4; ++round) {
             const QString difference = Reference::disagreement(longList, Reference::randomSearch(choose), choose);
             QVERIFY2(difference.isEmpty(), qPrintable(difference));
         }

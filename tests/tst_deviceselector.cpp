@@ -694,7 +694,7 @@ private Q_SLOTS:
     }
 
     // A pattern typed key by key and taken back with Backspace, more keys than the selector keeps steps for, with
-    // search options and boxes changed in between. After each step the table shows the chips the boxes leave that the
+    // search options and boxes (the version box too) changed in between. After each step the table shows the chips the boxes leave that the
     // plain search finds (all of them while the field is empty), in part-number order with ties in database order,
     // and the label counts the hits: keys typed on search only the hits before, Backspace goes back to them, and
     // neither may change what is seen.
@@ -722,8 +722,9 @@ private Q_SLOTS:
         L steps; // one key at a time
         for (const QString& step : QStringLiteral("type:zr1n<<1l4-m case type:<<<<<<<ZR1L case type:4-<<< cbSeries=ZR1L "
                                                   "type:<1 group2 type:L9< group0 cbPackage=QN48 type:4-UVQN48C5/<<<<<<<<<<< "
-                                                  "wild type:*5 anywhere type:< exact type:< regexp type:(< anywhere "
-                                                  "cbSeries=Any group8 type:<<<<0<22<").split(' ')) {
+                                                  "type:4 wild type:*5 anywhere type:< exact type:<<<<<<QN48 regexp type:(< "
+                                                  "anywhere cbPackage=Any cbDevice=ZR1L4 cbDeviceVersion=A cbDeviceVersion=B "
+                                                  "type:< cbSeries=Any group8 type:<<<<0<22<").split(' ')) {
             for (const QChar key : step.startsWith("type:") ? step.mid(5) : QString())
                 steps << "type:" + QString(key);
             if (!step.startsWith("type:"))
@@ -744,10 +745,10 @@ private Q_SLOTS:
             for (int k : order) {
                 const DEV::ChipInfo& c = all.at(k);
                 const QString values[] = {c.series, c.device, c.deviceVersion, c.package, c.speed};
-                bool kept = f.pattern.isEmpty() || Reference::matchSearch(c, f);
+                bool kept = true;
                 for (int b = 0; b < 5; ++b)
                     kept = kept && (current.at(b) == "Any" || current.at(b) == values[b]);
-                if (kept)
+                if (kept && (f.pattern.isEmpty() || Reference::matchSearch(c, f)))
                     wanted << c.partNumber + '/' + c.deviceVersion;
             }
             for (int row = 0; row < model.rowCount(); ++row)
