@@ -136,9 +136,19 @@ bool DeviceSelectorDialog::restoreState(const QByteArray& state)
     QByteArray selectorState;
     in >> magic >> geometry >> selectorState;
     // States written before the recent chips were kept end here.
+    // The list is read key by key: QDataStream's own reader reserves room for
+    // whatever count damaged bytes claim.
     QStringList recentKeys;
-    if (!in.atEnd())
-        in >> recentKeys;
+    if (!in.atEnd()) {
+        quint32 count = 0;
+        in >> count;
+        for (QString key; quint32(recentKeys.size()) < count && in.status() == QDataStream::Ok && !in.atEnd();) {
+            in >> key;
+            recentKeys << key;
+        }
+        if (quint32(recentKeys.size()) != count)
+            in.setStatus(QDataStream::ReadCorruptData);
+    }
     auto* recent = findChild<pimpl::RecentChips*>();
     QList<ChipInfo> chips;
     // Every part is checked before anything changes, the geometry on a
