@@ -2,6 +2,7 @@
 // The chip table model: headers, cell texts and alignment, the row <-> chip mappings, one reset pair for every
 // change, and sorting: exact orders per column kind, and a seeded comparison with the plain cell comparison.
 
+#include "chipcolumns.h"
 #include "chipinfotablemodel.h"
 #include "reference/reference.h"
 #include "testhelpers.h"
@@ -191,27 +192,38 @@ private Q_SLOTS:
         QTest::addColumn<int>("column");
         QTest::addColumn<bool>("ascending");
         QTest::addColumn<QString>("prefix");
+        QTest::addColumn<int>("count");
         for (int column = 0; column < 16; ++column) {
             for (bool ascending : {true, false}) {
-                QTest::addRow("column %d, %d", column, int(ascending)) << column << ascending << QString();
+                QTest::addRow("column %d, %d", column, int(ascending)) << column << ascending << QString() << 600;
                 if (column < 7)
                     QTest::addRow("column %d, %d, shared prefix", column, int(ascending))
-                        << column << ascending << QStringLiteral("ZR1NR-LX9PK88PC6/I5-");
+                        << column << ascending << QStringLiteral("ZR1NR-LX9PK88PC6/I5-") << 600;
             }
         }
+        QTest::newRow("long: wider digits, halves") << 2 << false << QStringLiteral("ZR") << 70000;
     }
     void sortAgreesWithReference()
     {
         QFETCH(int, column);
         QFETCH(bool, ascending);
         QFETCH(QString, prefix);
+        QFETCH(int, count);
         QRandomGenerator rng(quint32(1000 * (ascending + 2 * prefix.isEmpty()) + column));
         const auto choose = [&rng](int n) { return int(rng.bounded(n)); };
-        const QList<ChipInfo> chips = Reference::randomRows(choose, 600, prefix, column % 2 == 0);
+        // A long list is sorted in two halves at once: units beyond U+00FF in the second only.
+        const QList<ChipInfo> chips = count <= 600 ? Reference::randomRows(choose, count, prefix, column % 2 == 0)
+                                                   : Reference::randomRows(choose, count / 2, prefix, false)
+                + Reference::randomRows(choose, count / 2, prefix, true);
         QVector<int> all(int(chips.size())), chosen;
         std::iota(all.begin(), all.end(), 0);
         for (int k = int(chips.size()) - 1; k >= 0; k -= 1 + choose(3))
             chosen << k;
+        // Each half in order, the whole not.
+        const QVector<int> halves = Reference::sortedRows(chips, all.mid(count / 2), column, ascending)
+            + Reference::sortedRows(chips, all.mid(0, count / 2), column, ascending);
+        QCOMPARE(DEV::sortChipRows(chips, halves, column, ascending ? Qt::AscendingOrder : Qt::DescendingOrder),
+                 Reference::sortedRows(chips, halves, column, ascending));
         ChipInfoTableModel model;
         for (const QVector<int>& rows : {all, chosen}) {
             if (rows.size() == chips.size())

@@ -6,6 +6,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
+#include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -226,40 +229,39 @@ int compareTails(const Key& l, const Key& r, QStringView left, QStringView right
     return left.compare(right, Qt::CaseSensitive);
 }
 
-// A key's first two words, turned over for a descending order, and where it is.
-struct Item
-{
-    quint64 word[2];
-    int position;
-};
-
 /*
- * @p keys (which are in position order) ordered by their first word,
- * ascending or descending, ties in position order: a radix sort from the
- * lowest byte, skipping the bytes that every key shares.
+ * @p keys (in position order) ordered by their first word, ascending or
+ * descending, ties in position order: a radix sort from the lowest digit
+ * that moves whole keys, so that ordering the ties afterwards reads keys
+ * that lie together. Digits that every key shares are skipped; long lists
+ * take sixteen bits a pass, as their keys share most leading units, so few
+ * digits occur and the scattered writes stay in cache.
  */
-std::vector<Item> byFirstWord(const std::vector<Key>& keys, bool descending)
+void byFirstWord(Key* first, Key* last, bool descending)
 {
-    std::vector<Item> items(keys.size()), spare(keys.size());
     quint64 varying = 0;
-    for (size_t i = 0; i < keys.size(); ++i) {
-        const quint64 flip = descending ? ~quint64(0) : 0;
-        items[i] = {{keys[i].head[0] ^ flip, keys[i].head[1] ^ flip}, keys[i].position};
-        varying |= items[i].word[0] ^ items[0].word[0];
-    }
-    for (int shift = 0; shift < 64; shift += 8) {
-        if (((varying >> shift) & 0xFF) == 0)
+    for (const Key* key = first; key != last; ++key)
+        varying |= key->head[0] ^ first->head[0];
+    const int bits = last - first < 65536 ? 8 : 16;
+    const quint64 mask = (quint64(1) << bits) - 1;
+    const quint64 flip = descending ? ~quint64(0) : 0;
+    std::vector<quint32> start(size_t(mask) + 2);
+    std::vector<Key> spare(size_t(last - first));
+    Key *from = first, *to = spare.data();
+    for (int shift = 0; shift < 64; shift += bits) {
+        if (((varying >> shift) & mask) == 0)
             continue;
-        size_t start[257] = {};
-        for (const Item& item : items)
-            ++start[((item.word[0] >> shift) & 0xFF) + 1];
-        for (int digit = 0; digit < 256; ++digit)
-            start[digit + 1] += start[digit];
-        for (const Item& item : items)
-            spare[start[(item.word[0] >> shift) & 0xFF]++] = item;
-        items.swap(spare);
+        const auto digit = [&](const Key& key) { return size_t(((key.head[0] ^ flip) >> shift) & mask); };
+        std::fill(start.begin(), start.end(), 0);
+        for (const Key* key = from; key != from + spare.size(); ++key)
+            ++start[digit(*key) + 1];
+        std::partial_sum(start.begin(), start.end(), start.begin());
+        for (const Key* key = from; key != from + spare.size(); ++key)
+            to[start[digit(*key)]++] = *key;
+        std::swap(from, to);
     }
-    return items;
+    if (from != first)
+        std::copy(from, from + spare.size(), first);
 }
 
 } // namespace
@@ -271,66 +273,89 @@ QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int c
     const auto cell = [&](const Key& k) { return QStringView(chipColumnValue(chips.at(rows.at(k.position)), column)); };
     const bool text = chipColumnKind(column) == ColumnKind::Text;
     const bool cutKb = chipColumnKind(column) == ColumnKind::Kilobits;
-    std::vector<Key> keys(size_t(rows.size()));
-    bool narrow = true;
-    for (int i = 0; i < rows.size(); ++i) {
-        Key& key = keys[size_t(i)];
-        key.position = i;
-        const QStringView value(chipColumnValue(chips.at(rows.at(i)), column));
-        if (!text)
-            key.number = numberKey(value, cutKb);
-        else if (narrow)
-            narrow = pack<8>(key, value);
-    }
-    if (text && !narrow) {
-        for (Key& key : keys)
-            pack<16>(key, cell(key));
-    }
     const auto compare = [&](const Key& l, const Key& r) {
         if (!text)
             return l.number < r.number ? -1 : (l.number > r.number ? 1 : 0);
         const int c = compareHeads(l, r);
         return c != 0 ? c : compareTails(l, r, cell(l), cell(r));
     };
-
     const int direction = order == Qt::AscendingOrder ? 1 : -1;
-    bool inOrder = true;
-    for (size_t i = 1; i < keys.size() && inOrder; ++i)
-        inOrder = direction * compare(keys[i - 1], keys[i]) <= 0;
-    if (inOrder)
-        return rows;
     // Ties keep their order in the input: its position is the last key, so
     // a plain (unstable) sort gives the stable order.
     const auto before = [&](const Key& l, const Key& r) {
         const int c = compare(l, r);
         return c != 0 ? direction * c < 0 : l.position < r.position;
     };
-    std::vector<int> positions;
-    positions.reserve(keys.size());
-    if (text) {
-        // First by the first word, a byte at a time, which compares nothing;
-        // then each run of equal first words, mostly short, by the second
-        // word and, where that agrees too, by everything.
-        std::vector<Item> items = byFirstWord(keys, order != Qt::AscendingOrder);
-        for (size_t from = 0, to = 0; from < items.size(); from = to) {
-            for (to = from + 1; to < items.size() && items[to].word[0] == items[from].word[0];)
-                ++to;
-            std::sort(items.begin() + qsizetype(from), items.begin() + qsizetype(to), [&](const Item& l, const Item& r) {
-                if (l.word[1] != r.word[1])
-                    return l.word[1] < r.word[1];
-                return before(keys[size_t(l.position)], keys[size_t(r.position)]);
-            });
+
+    std::vector<Key> keys(size_t(rows.size()));
+    struct Part
+    {
+        int from, to;
+        bool narrow = true; // text packed eight bits to a unit
+        bool moved = false;
+    };
+    // Keys the rows of @p part, packing text as narrow as it allows, and
+    // orders them; a part already in order costs no more than that check.
+    const auto sortPart = [&](Part& part) {
+        Key* const first = keys.data() + part.from;
+        Key* const last = keys.data() + part.to;
+        for (Key* key = first; key != last; ++key) {
+            key->position = int(key - keys.data());
+            const QStringView value(chipColumnValue(chips.at(rows.at(key->position)), column));
+            if (!text)
+                key->number = numberKey(value, cutKb);
+            else if (!part.narrow || !(part.narrow = pack<8>(*key, value)))
+                pack<16>(*key, value);
         }
-        for (const Item& item : items)
-            positions.push_back(item.position);
-    } else {
-        std::sort(keys.begin(), keys.end(), before);
-        for (const Key& key : keys)
-            positions.push_back(key.position);
+        if (!part.narrow) { // keys packed narrow before the first wide one
+            for (Key* key = first; key != last; ++key)
+                pack<16>(*key, cell(*key));
+        }
+        part.moved = std::adjacent_find(first, last, [&](const Key& l, const Key& r) { return before(r, l); }) != last;
+        if (!part.moved)
+            return;
+        if (!text) {
+            std::sort(first, last, before);
+            return;
+        }
+        // First by the first word, a digit at a time, which compares
+        // nothing; then each run of equal first words, mostly short, by
+        // everything.
+        byFirstWord(first, last, order != Qt::AscendingOrder);
+        for (Key *from = first, *to = first; from != last; from = to) {
+            for (to = from + 1; to != last && to->head[0] == from->head[0];)
+                ++to;
+            std::sort(from, to, before);
+        }
+    };
+    // A long list in two halves at once, merged afterwards; keys compare
+    // only when both halves packed them alike.
+    const int half = rows.size() >= 65536 && std::thread::hardware_concurrency() > 1 ? int(rows.size() / 2) : 0;
+    Part parts[2] = {{half, int(rows.size())}, {0, half}};
+    std::thread second;
+    if (half > 0) {
+        try {
+            second = std::thread(sortPart, std::ref(parts[1]));
+        } catch (const std::system_error&) {
+            sortPart(parts[1]);
+        }
     }
+    sortPart(parts[0]);
+    if (second.joinable())
+        second.join();
+    if (parts[0].narrow != parts[1].narrow) {
+        Part& narrow = parts[0].narrow ? parts[0] : parts[1];
+        narrow.narrow = false;
+        sortPart(narrow);
+    }
+    Key* const middle = keys.data() + half;
+    if (half > 0 && (parts[0].moved || parts[1].moved || before(*middle, *(middle - 1))))
+        std::inplace_merge(keys.data(), middle, keys.data() + keys.size(), before);
+    else if (!parts[0].moved && !parts[1].moved)
+        return rows;
     QVector<int> sorted(rows.size());
-    for (size_t i = 0; i < positions.size(); ++i)
-        sorted[int(i)] = rows.at(positions[i]);
+    for (size_t i = 0; i < keys.size(); ++i)
+        sorted[int(i)] = rows.at(keys[i].position);
     return sorted;
 }
 

@@ -320,8 +320,6 @@ public:
             for (int k = from; k < to; ++k) {
                     stretch.add(k, chipAt(k), k > from ? &chipAt(k - 1) : nullptr);
             }
-            stretch.own.text.shrink_to_fit();
-            stretch.devices.text.shrink_to_fit();
             const std::lock_guard<std::mutex> lock(done);
             unfolded += int(stretch.unfolded.size());
             stretches.push_back(std::move(stretch));

@@ -75,7 +75,8 @@ private:
     static bool equal(const QString& a, const QString& b)
     {
         return a.size() == b.size()
-            && (a.isEmpty() || std::memcmp(a.constData(), b.constData(), size_t(a.size()) * sizeof(QChar)) == 0);
+            && (a.isEmpty() || a.constData() == b.constData()
+                || std::memcmp(a.constData(), b.constData(), size_t(a.size()) * sizeof(QChar)) == 0);
     }
 
     QHash<QString, int> m_seen; // where in m_values

@@ -275,10 +275,14 @@ inline QString cellText(const DEV::ChipInfo& c, int column)
 /// order in either direction; a column outside the table leaves them as they are.
 inline QVector<int> sortedRows(const QList<DEV::ChipInfo>& chips, QVector<int> rows, int column, bool ascending)
 {
-    if (column >= 0 && column < 16)
-        std::stable_sort(rows.begin(), rows.end(), [&](int l, int r) {
-            return compareCells(cellText(chips.at(l), column), cellText(chips.at(r), column), column) * (ascending ? 1 : -1) < 0;
-        });
+    if (column < 0 || column >= 16)
+        return rows;
+    QVector<QString> cells(chips.size());
+    for (int k : rows)
+        cells[k] = cellText(chips.at(k), column);
+    std::stable_sort(rows.begin(), rows.end(), [&](int l, int r) {
+        return compareCells(cells.at(l), cells.at(r), column) * (ascending ? 1 : -1) < 0;
+    });
     return rows;
 }
 
