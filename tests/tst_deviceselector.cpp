@@ -622,6 +622,7 @@ private Q_SLOTS:
         QTest::newRow("nine recent chips") << state(geometry, selector, QString("PN-9,MK,").repeated(9).split(',', Qt::SkipEmptyParts)) << false;
         QTest::newRow("damaged geometry") << state("geometry", selector, L()) << false;
         QTest::newRow("damaged selector part") << state(geometry, "DEV", L()) << false;
+        QTest::newRow("something after the selector part") << state(geometry, selector + '\0', L()) << false;
     }
     void dialogStateAllOrNothing()
     {

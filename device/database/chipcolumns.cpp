@@ -12,10 +12,6 @@
 #include <utility>
 #include <vector>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 namespace DEV {
 
 namespace {
@@ -162,12 +158,6 @@ struct Key
     int number;   // a number column's value; for text, whether the text is all in head
 };
 
-#if defined(__SSE2__)
-constexpr bool SSE2Packs = true;
-#else
-constexpr bool SSE2Packs = false;
-#endif
-
 // Packs the first units of @p text into @p key, Bits (8 or 16) to a unit;
 // false when a unit does not fit.
 template <int Bits>
@@ -179,21 +169,8 @@ bool pack(Key& key, QStringView text)
     if (n > 0) // an empty view may point nowhere
         std::memcpy(units, text.utf16(), size_t(n) * sizeof(char16_t));
     uchar bytes[24];
-#if defined(__SSE2__)
-    if (Bits == 8) {
-        // Three times eight units: any above 255, and the units as bytes.
-        __m128i wide = _mm_setzero_si128();
-        for (int c = 0; c < 3; ++c) {
-            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + 8 * c));
-            wide = _mm_or_si128(wide, _mm_srli_epi16(v, 8));
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes + 8 * c), _mm_packus_epi16(v, v));
-        }
-        if (_mm_movemask_epi8(_mm_cmpeq_epi16(wide, _mm_setzero_si128())) != 0xFFFF)
-            return false;
-    }
-#endif
     char16_t widest = 0;
-    for (int i = 0; i < Units && (Bits == 16 || !SSE2Packs); ++i) {
+    for (int i = 0; i < Units; ++i) {
         widest |= units[i];
         if (Bits == 8) {
             bytes[i] = uchar(units[i]);

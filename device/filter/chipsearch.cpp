@@ -305,8 +305,6 @@ public:
     std::vector<Stretch> stretches; // by position
     int unfolded = 0;
 
-    const ChipInfo& chipAt(int k) const { return chips.at(k); }
-
     void prepare()
     {
         std::mutex done;
@@ -317,9 +315,8 @@ public:
             stretch.own.ends.reserve(size_t(to - from));
             stretch.own.text.reserve(size_t(to - from) * 32);
             stretch.devices.text.reserve(size_t(to - from) * 32);
-            for (int k = from; k < to; ++k) {
-                    stretch.add(k, chipAt(k), k > from ? &chipAt(k - 1) : nullptr);
-            }
+            for (int k = from; k < to; ++k)
+                stretch.add(k, chips.at(k), k > from ? &chips.at(k - 1) : nullptr);
             const std::lock_guard<std::mutex> lock(done);
             unfolded += int(stretch.unfolded.size());
             stretches.push_back(std::move(stretch));
@@ -336,7 +333,7 @@ public:
         // Where many chips need deciding one by one, the plain way, which
         // prepares the pattern once for all of them, is the quicker one.
         if (needle.isEmpty() || unfolded * 16 > size) {
-            pimpl::decidePlainly(n, [&](int i) -> const ChipInfo& { return chipAt(position(i)); }, filter, verdicts);
+            pimpl::decidePlainly(n, [&](int i) -> const ChipInfo& { return chips.at(position(i)); }, filter, verdicts);
             return;
         }
         std::vector<char> all;
@@ -370,7 +367,7 @@ public:
             });
             for (const Stretch& stretch : stretches) {
                 for (int k : stretch.unfolded)
-                    all[size_t(k)] = matchFilter(chipAt(k), filter) ? 1 : 0;
+                    all[size_t(k)] = matchFilter(chips.at(k), filter) ? 1 : 0;
             }
             if (!among) {
                 verdicts.swap(all);
@@ -390,7 +387,7 @@ public:
                 const Stretch& stretch = stretches[s];
                 const int group = stretch.groupOf[size_t(k - stretch.first)];
                 if (group < 0) {
-                    verdicts[size_t(i)] = matchFilter(chipAt(k), filter) ? 1 : 0;
+                    verdicts[size_t(i)] = matchFilter(chips.at(k), filter) ? 1 : 0;
                     continue;
                 }
                 std::vector<char>& known = groups[s];
