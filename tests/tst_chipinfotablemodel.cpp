@@ -201,7 +201,7 @@ private Q_SLOTS:
                         << column << ascending << QStringLiteral("ZR1NR-LX9PK88PC6/I5-") << 600;
             }
         }
-        QTest::newRow("long: wider digits, halves") << 2 << false << QStringLiteral("ZR") << 70000;
+        QTest::newRow("long: wider digits, halves") << 2 << false << QStringLiteral("ZR") << 33000;
     }
     void sortAgreesWithReference()
     {
@@ -219,11 +219,14 @@ private Q_SLOTS:
         std::iota(all.begin(), all.end(), 0);
         for (int k = int(chips.size()) - 1; k >= 0; k -= 1 + choose(3))
             chosen << k;
-        // Each half in order, the whole not.
+        // Each half in order, the whole not; a long list the model would sort the same way.
         const QVector<int> halves = Reference::sortedRows(chips, all.mid(count / 2), column, ascending)
             + Reference::sortedRows(chips, all.mid(0, count / 2), column, ascending);
-        QCOMPARE(DEV::sortChipRows(chips, halves, column, ascending ? Qt::AscendingOrder : Qt::DescendingOrder),
-                 Reference::sortedRows(chips, halves, column, ascending));
+        for (const QVector<int>& rows : {halves, count > 600 ? all : QVector<int>()})
+            QCOMPARE(DEV::sortChipRows(chips, rows, column, ascending ? Qt::AscendingOrder : Qt::DescendingOrder),
+                     Reference::sortedRows(chips, rows, column, ascending));
+        if (count > 600)
+            return;
         ChipInfoTableModel model;
         for (const QVector<int>& rows : {all, chosen}) {
             if (rows.size() == chips.size())

@@ -210,16 +210,16 @@ int compareTails(const Key& l, const Key& r, QStringView left, QStringView right
  * @p keys (in position order) ordered by their first word, ascending or
  * descending, ties in position order: a radix sort from the lowest digit
  * that moves whole keys, so that ordering the ties afterwards reads keys
- * that lie together. Digits that every key shares are skipped; long lists
- * take sixteen bits a pass, as their keys share most leading units, so few
- * digits occur and the scattered writes stay in cache.
+ * that lie together. Digits that every key shares are skipped; from 16,384
+ * keys on a pass takes sixteen bits, as long lists share most leading units,
+ * so few digits occur and the scattered writes stay in cache.
  */
 void byFirstWord(Key* first, Key* last, bool descending)
 {
     quint64 varying = 0;
     for (const Key* key = first; key != last; ++key)
         varying |= key->head[0] ^ first->head[0];
-    const int bits = last - first < 65536 ? 8 : 16;
+    const int bits = last - first < 16384 ? 8 : 16;
     const quint64 mask = (quint64(1) << bits) - 1;
     const quint64 flip = descending ? ~quint64(0) : 0;
     std::vector<quint32> start(size_t(mask) + 2);
@@ -256,7 +256,10 @@ QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int c
         const int c = compareHeads(l, r);
         return c != 0 ? c : compareTails(l, r, cell(l), cell(r));
     };
-    const int direction = order == Qt::AscendingOrder ? 1 : -1;
+    // Read once: the lambdas below, some on another thread, take the flag,
+    // and any value but ascending sorts descending.
+    const bool descending = order != Qt::AscendingOrder;
+    const int direction = descending ? -1 : 1;
     // Ties keep their order in the input: its position is the last key, so
     // a plain (unstable) sort gives the stable order.
     const auto before = [&](const Key& l, const Key& r) {
@@ -298,7 +301,7 @@ QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int c
         // First by the first word, a digit at a time, which compares
         // nothing; then each run of equal first words, mostly short, by
         // everything.
-        byFirstWord(first, last, order != Qt::AscendingOrder);
+        byFirstWord(first, last, descending);
         for (Key *from = first, *to = first; from != last; from = to) {
             for (to = from + 1; to != last && to->head[0] == from->head[0];)
                 ++to;
@@ -307,7 +310,7 @@ QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int c
     };
     // A long list in two halves at once, merged afterwards; keys compare
     // only when both halves packed them alike.
-    const int half = rows.size() >= 65536 && std::thread::hardware_concurrency() > 1 ? int(rows.size() / 2) : 0;
+    const int half = rows.size() >= 32768 && std::thread::hardware_concurrency() > 1 ? int(rows.size() / 2) : 0;
     Part parts[2] = {{half, int(rows.size())}, {0, half}};
     std::thread second;
     if (half > 0) {
