@@ -244,6 +244,8 @@ private Q_SLOTS:
             // A header click sorts; a rebuild drops that sort, and the selection.
             {"header click keeps the chosen chip", "click:PN-9 sort:0|%any|pn-a PN-Z PN-C3 PN-B2 PN-B1 PN-A1 PN-9 PN-10|(0 matches)|b-01|PN-9"},
             {"header click", "sort:0|%any|pn-a PN-Z PN-C3 PN-B2 PN-B1 PN-A1 PN-9 PN-10|(0 matches)||"},
+            {"a click after the sort", "click:PN-9 sort:0 click:PN-A1|%any|pn-a PN-Z PN-C3 PN-B2 PN-B1 PN-A1 PN-9 PN-10|"
+                                       "(0 matches)|b-01 a-02|PN-A1"},
             {"rebuild after a click and a sort", "click:PN-9 sort:0 cbPackage=Any cbCondition=C6|Any,Any,Any,Any,C6|"
                                                  "PN-A1 PN-C3 pn-a|(0 matches)|b-01 -|"},
             // Text set by code is no user edit: it waits for the next rebuild.
