@@ -613,6 +613,9 @@ private Q_SLOTS:
         QTest::newRow("damaged geometry") << state("geometry", selector, L()) << false;
         QTest::newRow("damaged selector part") << state(geometry, "DEV", L()) << false;
         QTest::newRow("something after the selector part") << state(geometry, selector + '\0', L()) << false;
+        QByteArray lastColumn = selector; // its last column's width -1: every byte read, one value wrong
+        lastColumn.replace(selector.size() - 5, 4, "\xff\xff\xff\xff");
+        QTest::newRow("selector part, last column damaged") << state(geometry, lastColumn, L()) << false;
     }
     void dialogStateAllOrNothing()
     {
