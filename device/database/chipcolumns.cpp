@@ -219,6 +219,8 @@ void byFirstWord(Key* first, Key* last, bool descending)
     quint64 varying = 0;
     for (const Key* key = first; key != last; ++key)
         varying |= key->head[0] ^ first->head[0];
+    if (varying == 0) // nothing to move, so no room to move it into
+        return;
     const int bits = last - first < 16384 ? 8 : 16;
     const quint64 mask = (quint64(1) << bits) - 1;
     const quint64 flip = descending ? ~quint64(0) : 0;
