@@ -456,6 +456,23 @@ private Q_SLOTS:
         QCOMPARE(rowsOf(*other), rowsOf(*selector));
     }
 
+    // A box of a thousand devices and more is not measured entry by entry, and its longest entry still fits.
+    void longBoxFitsItsLongestEntry()
+    {
+        QByteArray lines;
+        for (int i = 0; i < 1200; ++i)
+            lines += TestHelpers::chipLine("id" + QByteArray::number(i), "PN" + QByteArray::number(i), "S1",
+                                           i == 700 ? "D0123456789012345678" : "D" + QByteArray::number(i));
+        const auto db = m_files.load(lines);
+        DeviceSelector selector(db.get());
+        auto* box = selector.findChild<QComboBox*>("cbDevice");
+        QComboBox longest;
+        longest.addItem("D0123456789012345678");
+        longest.setFont(box->font());
+        QCOMPARE(box->count(), 1201);
+        QVERIFY2(box->sizeHint().width() >= longest.sizeHint().width(), qPrintable(QString::number(box->sizeHint().width())));
+    }
+
     // A preset scrolls once, from the event loop, and puts its row in the middle: not at once and not twice (as the
     // view's own scroll to a new current index would), whether the selector was shown before the preset or after it.
     void presetScrollsOnceFromTheEventLoop_data()

@@ -58,6 +58,9 @@ constexpr int KeptSteps = 8;
 // Catalogues this long are worth a second thread for the selector's own work.
 constexpr int LongCatalogue = 65536;
 
+// A box with this many entries is sized by their length, not their measure.
+constexpr int ManyEntries = 1000;
+
 // @p work on another thread when @p worth it; else, or where no thread can
 // be started, on this one when its result is asked for.
 template <typename Work>
@@ -188,6 +191,20 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     // "Any" series: fills the dependent boxes from every chip and shows the
     // whole database.
     onSeriesChanged();
+
+    // Qt fits a box to its widest entry by measuring every entry as the
+    // selector is first shown, some microseconds each: a fifth of a second
+    // for the devices of a million-chip catalogue. Such a box is made as
+    // wide as its longest entry's number of characters instead.
+    for (QComboBox* box : {ui->cbSeries, ui->cbDevice, ui->cbPackage, ui->cbCondition, ui->cbDeviceVersion}) {
+        if (box->count() < ManyEntries)
+            continue;
+        int longest = 0;
+        for (int i = 0; i < box->count(); ++i)
+            longest = std::max(longest, int(box->itemText(i).size()));
+        box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+        box->setMinimumContentsLength(longest);
+    }
 }
 
 DeviceSelector::~DeviceSelector()
