@@ -461,16 +461,13 @@ private Q_SLOTS:
     {
         QByteArray lines;
         for (int i = 0; i < 1200; ++i)
-            lines += TestHelpers::chipLine("id" + QByteArray::number(i), "PN" + QByteArray::number(i), "S1",
-                                           i == 700 ? "D0123456789012345678" : "D" + QByteArray::number(i));
+            lines += chipLine("id" + QByteArray::number(i), "PN", "S1", i == 700 ? "XXXXXXXXXXXXXXXXXXXX" : "D" + QByteArray::number(i));
         const auto db = m_files.load(lines);
         DeviceSelector selector(db.get());
-        auto* box = selector.findChild<QComboBox*>("cbDevice");
         QComboBox longest;
-        longest.addItem("D0123456789012345678");
-        longest.setFont(box->font());
-        QCOMPARE(box->count(), 1201);
-        QVERIFY2(box->sizeHint().width() >= longest.sizeHint().width(), qPrintable(QString::number(box->sizeHint().width())));
+        longest.addItem("XXXXXXXXXXXXXXXXXXXX");
+        const auto* box = selector.findChild<QComboBox*>("cbDevice");
+        QVERIFY(box->count() == 1201 && box->sizeHint().width() >= longest.sizeHint().width());
     }
 
     // A preset scrolls once, from the event loop, and puts its row in the middle: not at once and not twice (as the

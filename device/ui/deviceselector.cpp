@@ -195,7 +195,8 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     // Qt fits a box to its widest entry by measuring every entry as the
     // selector is first shown, some microseconds each: a fifth of a second
     // for the devices of a million-chip catalogue. Such a box is made as
-    // wide as its longest entry's number of characters instead.
+    // wide as its longest entry's number of characters instead, and one
+    // more for letters wider than the average capital Qt counts with.
     for (QComboBox* box : {ui->cbSeries, ui->cbDevice, ui->cbPackage, ui->cbCondition, ui->cbDeviceVersion}) {
         if (box->count() < ManyEntries)
             continue;
@@ -203,7 +204,7 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
         for (int i = 0; i < box->count(); ++i)
             longest = std::max(longest, int(box->itemText(i).size()));
         box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-        box->setMinimumContentsLength(longest);
+        box->setMinimumContentsLength(longest + 1);
     }
 }
 
