@@ -197,6 +197,32 @@ private Q_SLOTS:
         QTextCodec::setCodecForLocale(saved);
     }
 
+    // Read blocks of nothing but 4-byte characters, each cut inside one after 1, 2 or 3 of its bytes, and one ending in a
+    // sequence that a comma cuts short: the text is that of the whole file decoded at once, not of the blocks one by
+    // one. (A text stream decodes in pieces of its own, so with a broken sequence at their edge it may differ.)
+    void charactersCutByBlockEdges()
+    {
+        QByteArray file;
+        QList<QByteArray> values;
+        for (int cut : {1, 2, 3, 0}) {
+            file += "id,PN,s,k,d,,p,v,c,";
+            const int start = file.size() + (4 - (file.size() + (cut ? cut : 3)) % 4) % 4;
+            file += QByteArray(start - file.size(), 'x');
+            while (file.size() < (((start >> 15) + 2) << 15) - (cut ? 0 : 3))
+                file += "\xF0\x9F\x98\x80";
+            file += cut ? "" : "\xF0\x9F\x98";
+            values << file.mid(file.lastIndexOf(',') + 1);
+            file += ",1\n";
+        }
+        const auto db = m_files.load(file);
+        QStringList loaded, decoded;
+        for (const ChipInfo& chip : db->allChipInfo())
+            loaded << chip.auxiliary;
+        for (const QByteArray& value : values)
+            decoded << QString::fromUtf8(value);
+        QCOMPARE(loaded, decoded);
+    }
+
     // findByPN() lists every chip, in database order; find() and findByID() give the first one, or an empty record
     // ("none"). Only the translation zr9k31a-009 of the old zr9k31-006 is looked up, and the file lacks it.
     void lookups()
