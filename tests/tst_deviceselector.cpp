@@ -65,7 +65,8 @@ QString rowsOf(const QWidget& w)
 /// click), "sort:column" (a header click), "key:name" pressed where the focus is, "preset:device id" or
 /// "exact:part number[/match key]"; "menu:word" the table's visible, enabled context-menu entry starting with it,
 /// "column:n" a click on column n of the comparison panel ("cdbl:n" a double click), "button:word" a click on the
-/// button starting with it, "compare:PN,PN..." the host's comparison (match key MK), "hidden" the panel hidden.
+/// button starting with it, "compare:PN,PN..." the host's comparison (match key MK), "hidden" the panel hidden,
+/// "min:resource=count" the row of minimums shown with that one.
 bool apply(QWidget& w, const QString& steps)
 {
     auto* search = w.findChild<DEV::SearchLineEdit*>();
@@ -127,6 +128,12 @@ bool apply(QWidget& w, const QString& steps)
                 chips.last().matchKey = QStringLiteral("MK");
             }
             selector->setComparedChips(chips);
+        } else if (step.startsWith(QLatin1String("min:"))) {
+            DEV::ChipRequirements needs;
+            if (!needs.set(step.mid(4)).isEmpty())
+                return false;
+            selector->setRequirementsVisible(true);
+            selector->setRequirements(needs);
         } else if (step == QLatin1String("hidden")) {
             selector->setComparisonVisible(false);
         } else if (box && box->findText(step.section('=', 1)) >= 0) {
@@ -230,6 +237,8 @@ private Q_SLOTS:
                                         "D10 D20 D30 E1/Any/Any P1 P2 P3 Q1 Q2 R1/Any C6 C7 C8 I6 I7"},
             {"blank version: unversioned only", "cbDeviceVersion=|Any,Any,,Any,Any|PN-C3 PN-Z|(0 matches)|-|"},
             {"package and speed", "cbPackage=P1 cbCondition=C6|Any,Any,Any,P1,C6|PN-A1 PN-C3|(0 matches)|- -||%all"},
+            {"a minimum all chips meet keeps every box's choice", "cbDevice=D20 cbPackage=P2 cbCondition=C7 min:LUT=100|"
+                                                                "Any,D20,Any,P2,C7|PN-B1 PN-B2|(0 matches)|- - - - - - - - - - -|"},
             {"several hits", "type:pn-|%any|PN-10 PN-9 PN-A1 PN-B1 PN-B2 PN-C3 PN-Z pn-a|(8 matches)|- - -|"},
             {"search within the boxes", "cbSeries=x1 type:A1|x1,Any,Any,Any,Any||(0 matches)|- - -|"},
             {"one character deleted", "cbPackage=P1 type:C3<|Any,Any,Any,P1,Any|PN-C3|(1 matches)|- - - -|"},
