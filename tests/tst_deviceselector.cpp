@@ -639,6 +639,8 @@ private Q_SLOTS:
         QByteArray lastColumn = selector; // its last column's width -1: every byte read, one value wrong
         lastColumn.replace(selector.size() - 5, 4, "\xff\xff\xff\xff");
         QTest::newRow("selector part, last column damaged") << state(geometry, lastColumn, L()) << false;
+        lastColumn.replace(selector.size() - 5, 4, QByteArray("\x00\x0f\xff\xff", 4)); // as wide as a header allows
+        QTest::newRow("selector part, last column at its widest") << state(geometry, lastColumn, L()) << true;
     }
     void dialogStateAllOrNothing()
     {
