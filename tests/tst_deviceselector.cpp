@@ -403,15 +403,17 @@ private Q_SLOTS:
         QCOMPARE(stops, (L{"Any*+", "Any*+", "Any*+", "Any*+", "Any*+", "Search*+", "Search options+", "Matching chips+",
                            "OK", "Cancel"}));
         auto* options = dialog.findChild<DEV::SearchLineEdit*>()->findChild<QPushButton*>();
-        QRect menu;
-        QTimer::singleShot(0, [&] {
-            menu = QApplication::activePopupWidget()->geometry();
-            QApplication::activePopupWidget()->close();
-        });
         dialog.move(QPoint(20, 590) - options->mapTo(&dialog, QPoint())); // the tall menu fits above the button
-        options->setFocus();
-        QTest::keyClick(options, Qt::Key_Space);
-        QCOMPARE(menu.bottomLeft() + QPoint(0, 1), options->mapToGlobal(QPoint()));
+        for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
+            QRect menu;
+            QTimer::singleShot(0, [&] {
+                menu = QApplication::activePopupWidget()->geometry();
+                QApplication::activePopupWidget()->close();
+            });
+            options->setFocus();
+            QTest::keyClick(options, key);
+            QCOMPARE(menu.bottomLeft() + QPoint(0, 1), options->mapToGlobal(QPoint()));
+        }
         auto* table = dialog.findChild<QTableView*>();
         QVERIFY(apply(dialog, "click:PN-A1"));
         QTest::keyClick(table, Qt::Key_C, Qt::ControlModifier);
