@@ -233,13 +233,7 @@ private Q_SLOTS:
         QCOMPARE(selector.findChildren<QLineEdit*>().size(), 1 + 9); // the search field and one per resource
         for (const QString& assignment : assignments)
             QTest::keyClicks(field(selector, assignment.section('=', 0, 0)), assignment.section('=', 1));
-        const auto shown = [&selector] {
-            L parts;
-            const QAbstractItemModel* model = selector.findChild<QTableView*>()->model();
-            for (int row = 0; row < model->rowCount(); ++row)
-                parts << model->index(row, 0).data().toString();
-            return parts;
-        };
+        const auto shown = [&selector] { return TestHelpers::columnTexts(*selector.findChild<QTableView*>()->model(), 0); };
         library.sort();
         command.sort();
         L inSelector = shown();
