@@ -44,7 +44,10 @@ struct SelectorAddOns;
  * @endcode
  *
  * The widget runs in the GUI thread. The database is not owned and must
- * outlive the widget.
+ * outlive the widget. A box fits its widest entry, except one of a thousand
+ * entries or more (the devices of a very large catalogue): that one is as
+ * wide as its longest entry's number of characters, which costs no
+ * measuring of every entry when the widget is first shown.
  */
 class DEVICE_EXPORT DeviceSelector : public QWidget
 {
