@@ -3,7 +3,6 @@
 #include "devicedb_p.h"
 
 #include "chipcolumns.h"
-#include "chipsearch.h"
 
 #include <QCoreApplication>
 #include <QMetaType>
@@ -142,12 +141,6 @@ QVector<int> DeviceDb::partNumberOrder() const
         d->partNumberOrder = sortChipRows(d->chips, all, int(ChipColumn::PartNumber));
     });
     return d->partNumberOrder;
-}
-
-ChipSearch DeviceDb::preparedSearch() const
-{
-    std::call_once(d->searchPrepared, [this] { d->search = std::make_shared<const ChipSearch>(d->chips); });
-    return *d->search;
 }
 
 } // namespace DEV

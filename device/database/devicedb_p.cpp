@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "devicedb_p.h"
 
+#include "parallel_p.h"
+#include "tuning_p.h"
+
 #include <QDebug>
 #include <QFile>
 #include <QFileInfo>
@@ -20,8 +23,6 @@
 #include <climits>
 #include <cstring>
 #include <memory>
-#include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -41,17 +42,9 @@ constexpr int FirstResourceColumn = 10;
 // accepted and simply lack speed and/or auxiliary.
 constexpr int MinimumColumns = 8;
 
-// The file is read and decoded block by block, so memory stays bounded however
-// large the file is, while each block is big enough to make per-call costs
-// vanish. A decoded block stays below the size from which the allocator maps
-// memory of its own, whose freeing would make it keep later large blocks.
-constexpr qint64 BlockSize = 1 << 15;
-
-// Files from this size on are read in two parts on two threads, when the
-// encoding allows cutting the bytes at a line break. The first part is the
-// smaller, as its thread also creates the list's rows while the second part
-// is being read.
-constexpr qint64 TwoThreadsFrom = 2 << 20;
+// A large file is read in two parts on two threads, when the encoding allows
+// cutting the bytes at a line break. The first part is the smaller, as its
+// thread also creates the list's rows while the second part is being read.
 constexpr qint64 FirstPart = 45; // per cent
 
 // Whether two texts hold the same UTF-16 units.
@@ -282,9 +275,10 @@ public:
     /// When the text ends in a line break there is none, and none is counted.
     void read(QFile& file, qint64 bytes)
     {
-        QByteArray block(int(BlockSize), Qt::Uninitialized);
+        const qint64 blockSize = std::max<qint64>(1, tuning().loadBlockBytes);
+        QByteArray block(int(blockSize), Qt::Uninitialized);
         qint64 got = 0;
-        while (bytes != 0 && (got = file.read(block.data(), bytes > 0 ? std::min(bytes, BlockSize) : BlockSize)) > 0) {
+        while (bytes != 0 && (got = file.read(block.data(), bytes > 0 ? std::min(bytes, blockSize) : blockSize)) > 0) {
             feed(block.constData(), int(got));
             bytes -= bytes > 0 ? got : 0;
         }
@@ -592,18 +586,11 @@ private:
     int m_lastVersion = -1;
 };
 
-// Runs first() on a thread of its own, when one can be had, and second() on
-// this one, and returns when both are done.
+// Runs first() and second() at once, and returns when both are done.
 template <typename First, typename Second>
 void together(First first, Second second)
 {
-    std::thread thread;
-    try {
-        thread = std::thread(first);
-    } catch (const std::system_error&) {
-    }
-    second();
-    thread.joinable() ? thread.join() : first();
+    runParts(2, [&](int p) { p == 0 ? second() : first(); });
 }
 
 } // namespace
@@ -628,7 +615,8 @@ void DeviceDbPrivate::loadDataFile(const QString& fileName)
     // raw bytes, decoded in the file's encoding (see Encoding), and then
     // every carriage return dropped from the decoded text (see PartReader).
     file.setTextModeEnabled(false);
-    const QByteArray head = file.read(BlockSize);
+    const qint64 blockSize = std::max<qint64>(1, tuning().loadBlockBytes);
+    const QByteArray head = file.read(blockSize);
     const Encoding encoding = encodingFor(head);
     PartReader first(encoding, false), second(encoding, true);
     first.feed(head.constData(), head.size());
@@ -637,9 +625,9 @@ void DeviceDbPrivate::loadDataFile(const QString& fileName)
     const qint64 size = file.size();
     QFile rest(fileName);
     qint64 cut = 0;
-    if (cuttable(encoding) && size >= TwoThreadsFrom && !file.isSequential() && std::thread::hardware_concurrency() > 1
+    if (cuttable(encoding) && partsFor(size, tuning().loadParallelFrom) > 1 && !file.isSequential()
         && rest.open(QIODevice::ReadOnly | QIODevice::Unbuffered) && rest.seek(size * FirstPart / 100)) {
-        for (QByteArray block; cut == 0 && !(block = rest.read(BlockSize)).isEmpty();) {
+        for (QByteArray block; cut == 0 && !(block = rest.read(blockSize)).isEmpty();) {
             const int at = block.indexOf('\n');
             cut = at < 0 ? 0 : rest.pos() - block.size() + at + 1;
         }

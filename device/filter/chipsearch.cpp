@@ -2,7 +2,11 @@
 #include "chipsearch.h"
 
 #include "chipcolumns.h"
+#include "devicedb.h"
+#include "devicedb_p.h"
+#include "parallel_p.h"
 #include "search_p.h"
+#include "tuning_p.h"
 
 #include <algorithm>
 #include <cstring>
@@ -222,8 +226,6 @@ struct Stretch
             own.ends.push_back(quint32(own.text.size()));
         groupOf.push_back(group);
     }
-
-    bool holds(int k) const { return k >= first && k - first < int(groupOf.size()); }
 };
 
 } // namespace
@@ -249,8 +251,11 @@ QVector<int> pimpl::foldedRows(const QList<ChipInfo>& chips, const ChipFilterByS
                                const QByteArray& needle)
 {
     std::vector<char> verdicts(size_t(chips.size()), 0);
-    std::vector<int> plain[2];
-    inHalves(int(chips.size()), [&](int from, int to) {
+    const int n = int(chips.size());
+    const int parts = pimpl::partsFor(n, pimpl::tuning().searchParallelFrom);
+    std::vector<std::vector<int>> plain(static_cast<size_t>(parts));
+    pimpl::runParts(parts, [&](int p) {
+        const int from = int(pimpl::partStart(n, p, parts)), to = int(pimpl::partStart(n, p + 1, parts));
         // Each chip is folded as it is reached, its device values only when
         // they differ from the chip's before. A series that holds the
         // pattern (a typed prefix of part numbers often is one) settles
@@ -282,7 +287,7 @@ QVector<int> pimpl::foldedRows(const QList<ChipInfo>& chips, const ChipFilterByS
             if (deviceHolds)
                 verdicts[size_t(k)] = 1;
             else if (device.ends.empty() || !own.append(chip, Part::Own))
-                plain[from == 0 ? 0 : 1].push_back(k);
+                plain[size_t(p)].push_back(k);
             else
                 verdicts[size_t(k)] = own.holds(0, needle) ? 1 : 0;
         }
@@ -308,7 +313,7 @@ public:
     void prepare()
     {
         std::mutex done;
-        pimpl::inHalves(size, [&](int from, int to) {
+        pimpl::inParts(size, pimpl::tuning().searchParallelFrom, [&](int from, int to) {
             Stretch stretch;
             stretch.first = from;
             stretch.groupOf.reserve(size_t(to - from));
@@ -322,6 +327,14 @@ public:
             stretches.push_back(std::move(stretch));
         });
         std::sort(stretches.begin(), stretches.end(), [](const Stretch& l, const Stretch& r) { return l.first < r.first; });
+    }
+
+    // The stretch that holds position @p k.
+    size_t stretchOf(int k) const
+    {
+        const auto after = std::upper_bound(stretches.begin(), stretches.end(), k,
+                                            [](int k, const Stretch& stretch) { return k < stretch.first; });
+        return size_t(after - stretches.begin()) - 1;
     }
 
     // Sets verdicts[i] for the position among[i] (or i itself without among).
@@ -341,27 +354,27 @@ public:
             // Many candidates: one pass over all the text is quicker than
             // visiting their segments one by one.
             all.assign(size_t(size), 0);
-            pimpl::inHalves(size, [&](int from, int) {
-                for (const Stretch& stretch : stretches) {
-                    if (stretch.first != from)
-                        continue;
-                    std::vector<char> groups(stretch.devices.ends.size(), 0);
-                    stretch.devices.scan(needle, groups.data());
-                    char* verdicts = all.data() + from;
-                    size_t undecided = 0;
+            // Each stretch on a thread of its own: they were cut as the
+            // tuning was when the search was prepared.
+            pimpl::runParts(int(stretches.size()), [&](int s) {
+                const Stretch& stretch = stretches[size_t(s)];
+                const int from = stretch.first;
+                std::vector<char> groups(stretch.devices.ends.size(), 0);
+                stretch.devices.scan(needle, groups.data());
+                char* verdicts = all.data() + from;
+                size_t undecided = 0;
+                for (size_t i = 0; i < stretch.groupOf.size(); ++i) {
+                    verdicts[i] = stretch.groupOf[i] >= 0 ? groups[size_t(stretch.groupOf[i])] : 0;
+                    undecided += verdicts[i] ? 0 : 1;
+                }
+                // A short pattern is often in the device values of most
+                // chips; then only the others' own values are looked at.
+                if (undecided * 4 > stretch.groupOf.size()) {
+                    stretch.own.scan(needle, verdicts);
+                } else {
                     for (size_t i = 0; i < stretch.groupOf.size(); ++i) {
-                        verdicts[i] = stretch.groupOf[i] >= 0 ? groups[size_t(stretch.groupOf[i])] : 0;
-                        undecided += verdicts[i] ? 0 : 1;
-                    }
-                    // A short pattern is often in the device values of most
-                    // chips; then only the others' own values are looked at.
-                    if (undecided * 4 > stretch.groupOf.size()) {
-                        stretch.own.scan(needle, verdicts);
-                    } else {
-                        for (size_t i = 0; i < stretch.groupOf.size(); ++i) {
-                            if (!verdicts[i])
-                                verdicts[i] = stretch.own.holds(i, needle) ? 1 : 0;
-                        }
+                        if (!verdicts[i])
+                            verdicts[i] = stretch.own.holds(i, needle) ? 1 : 0;
                     }
                 }
             });
@@ -374,7 +387,7 @@ public:
                 return;
             }
         }
-        pimpl::inHalves(n, [&](int from, int to) {
+        pimpl::inParts(n, pimpl::tuning().searchParallelFrom, [&](int from, int to) {
             // Each group is decided once, when its first candidate is reached.
             std::vector<std::vector<char>> groups(stretches.size());
             for (int i = from; i < to; ++i) {
@@ -383,7 +396,7 @@ public:
                     verdicts[size_t(i)] = all[size_t(k)];
                     continue;
                 }
-                const size_t s = stretches.back().holds(k) ? stretches.size() - 1 : 0;
+                const size_t s = stretchOf(k);
                 const Stretch& stretch = stretches[s];
                 const int group = stretch.groupOf[size_t(k - stretch.first)];
                 if (group < 0) {
@@ -459,6 +472,13 @@ QVector<int> ChipSearch::filterRows(const ChipFilterBySearch& filter, const QVec
 QList<ChipInfo> ChipSearch::filterChips(const ChipFilterBySearch& filter) const
 {
     return pimpl::chipsAt(d->chips, filterRows(filter));
+}
+
+// A query of the database, defined with the other searches.
+ChipSearch DeviceDb::preparedSearch() const
+{
+    std::call_once(d->searchPrepared, [this] { d->search = std::make_shared<const ChipSearch>(d->chips); });
+    return *d->search;
 }
 
 } // namespace DEV

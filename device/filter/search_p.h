@@ -18,42 +18,10 @@
 #include <QVector>
 
 #include <functional>
-#include <system_error>
-#include <thread>
 #include <vector>
 
 namespace DEV {
 namespace pimpl {
-
-// Lists shorter than this are worked on by the calling thread alone: starting
-// a thread costs tens of microseconds, which short work would not win back.
-constexpr int ParallelFrom = 16384;
-
-/*
- * Calls work(from, to) for items [0, n): for a long list on a machine with
- * several cores, the first half on this thread and the second at the same
- * time on another; else, or if no thread can be started, both here. The work
- * on the two halves must not depend on each other.
- */
-template <typename Work>
-void inHalves(int n, Work work)
-{
-    static const bool severalCores = std::thread::hardware_concurrency() > 1;
-    if (n < ParallelFrom || !severalCores) {
-        work(0, n);
-        return;
-    }
-    const int half = n / 2;
-    std::thread second;
-    try {
-        second = std::thread(std::ref(work), half, n);
-    } catch (const std::system_error&) {
-        work(half, n);
-    }
-    work(0, half);
-    if (second.joinable())
-        second.join();
-}
 
 // Equal texts. Neighbours' shared values lie at one place, which settles it
 // at once; the contents decide otherwise.

@@ -3,7 +3,9 @@
 
 #include "chipcolumns.h"
 #include "devicedb.h"
+#include "parallel_p.h"
 #include "search_p.h"
+#include "tuning_p.h"
 
 #include <QRegExp>
 
@@ -15,10 +17,6 @@
 namespace DEV {
 
 namespace {
-
-// Below this many chips a search is decided value by value: folding a
-// chip's texts first would not pay.
-constexpr int FoldFrom = 64;
 
 /*
  * QRegExp shares compiled patterns through a process-wide cache that Qt
@@ -145,7 +143,7 @@ private:
 
 void pimpl::decidePlainly(int n, const ChipAt& chipAt, const ChipFilterBySearch& filter, std::vector<char>& verdicts)
 {
-    inHalves(n, [&](int from, int to) {
+    inParts(n, tuning().searchParallelFrom, [&](int from, int to) {
         SearchMatcher matcher(filter);
         for (int k = from; k < to; ++k)
             verdicts[size_t(k)] = matcher.matches(chipAt(k)) ? 1 : 0;
@@ -188,7 +186,7 @@ QList<ChipInfo> pimpl::chipsAt(const QList<ChipInfo>& chips, const QVector<int>&
 
 QVector<int> filterRows(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter)
 {
-    const QByteArray needle = chips.size() >= FoldFrom ? pimpl::foldedNeedle(filter) : QByteArray();
+    const QByteArray needle = chips.size() >= pimpl::tuning().foldFrom ? pimpl::foldedNeedle(filter) : QByteArray();
     if (!needle.isEmpty())
         return pimpl::foldedRows(chips, filter, needle);
     std::vector<char> verdicts(size_t(chips.size()), 0);

@@ -8,7 +8,9 @@
 #include "devicedb.h"
 #include "deviceselector_p.h"
 #include "distinctvalues_p.h"
+#include "parallel_p.h"
 #include "searchlineedit.h"
+#include "tuning_p.h"
 #include "ui_deviceselector.h"
 
 #include <QAction>
@@ -18,8 +20,7 @@
 #include <algorithm>
 #include <array>
 #include <functional>
-#include <future>
-#include <system_error>
+#include <vector>
 
 namespace DEV {
 
@@ -55,25 +56,8 @@ struct SearchStep
 // Enough steps for a part number's worth of Backspace without searching again.
 constexpr int KeptSteps = 8;
 
-// Catalogues this long are worth a second thread for the selector's own work.
-constexpr int LongCatalogue = 65536;
-
 // A box with this many entries is sized by their length, not their measure.
 constexpr int ManyEntries = 1000;
-
-// @p work on another thread when @p worth it; else, or where no thread can
-// be started, on this one when its result is asked for.
-template <typename Work>
-auto soon(bool worth, Work work)
-{
-    if (worth) {
-        try {
-            return std::async(std::launch::async, work);
-        } catch (const std::system_error&) {
-        }
-    }
-    return std::async(std::launch::deferred, work);
-}
 
 } // namespace
 
@@ -90,16 +74,16 @@ struct DeviceSelector::Private : pimpl::SelectorAddOns
     bool baseIsAll = true;
     bool baseValid = false;
     std::vector<SearchStep> steps;
-    std::future<QVector<int>> pendingOrder;
-    std::future<ChipSearch> pendingSearch;
+    pimpl::Later<QVector<int>> pendingOrder;
+    pimpl::Later<ChipSearch> pendingSearch;
 
     // Takes the order and the search once they are made.
     void await()
     {
-        if (pendingOrder.valid())
-            order = pendingOrder.get();
-        if (pendingSearch.valid())
-            search = pendingSearch.get();
+        if (pendingOrder.pending())
+            order = pendingOrder.take();
+        if (pendingSearch.pending())
+            search = pendingSearch.take();
     }
 
     // @p positions (in all, ascending) in part-number order: one pass over
@@ -146,9 +130,9 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     d->all = db->allChipInfo();
     // Both are the database's, made once for all its selectors: the first
     // selector has them made while it builds its boxes.
-    const bool worth = d->all.size() >= LongCatalogue;
-    d->pendingOrder = soon(worth, [db] { return db->partNumberOrder(); });
-    d->pendingSearch = soon(worth, [db] { return db->preparedSearch(); });
+    const bool worth = d->all.size() >= pimpl::tuning().selectorParallelFrom;
+    d->pendingOrder.start(worth, [db] { return db->partNumberOrder(); });
+    d->pendingSearch.start(worth, [db] { return db->preparedSearch(); });
 
     searchEdit = new SearchLineEdit(this);
     ui->SerarchLayout->insertWidget(1, searchEdit, 0);
@@ -224,8 +208,7 @@ void DeviceSelector::onSeriesChanged()
     const QList<ChipInfo> chips = chipsOfCascade();
     // devices, packages, speeds, versions
     using Boxes = std::array<pimpl::DistinctValues, 4>;
-    const auto collect = [&](int from, int to) {
-        Boxes boxes;
+    const auto collect = [&](int from, int to, Boxes& boxes) {
         for (int i = from; i < to; ++i) {
             const ChipInfo& chip = chips.at(i);
             if (!anySeries && chip.series != series)
@@ -235,17 +218,20 @@ void DeviceSelector::onSeriesChanged()
             boxes[2].add(chip.speed);
             boxes[3].add(chip.deviceVersion);
         }
-        return boxes;
     };
-    // A long list in two halves at once; only the set of values matters, as
-    // each box sorts them.
-    const bool worth = chips.size() >= LongCatalogue;
-    const int half = worth ? int(chips.size() / 2) : int(chips.size());
-    std::future<Boxes> second = soon(worth, [&] { return collect(half, int(chips.size())); });
-    Boxes boxes = collect(0, half);
-    const Boxes rest = second.get();
-    for (int b = 0; b < 4; ++b)
-        boxes[size_t(b)].add(rest[size_t(b)]);
+    // A long list in parts at once; only the set of values matters, as each
+    // box sorts them.
+    const int n = int(chips.size());
+    std::vector<Boxes> parts(size_t(pimpl::partsFor(n, pimpl::tuning().selectorParallelFrom)));
+    pimpl::runParts(int(parts.size()), [&](int p) {
+        collect(int(pimpl::partStart(n, p, int(parts.size()))), int(pimpl::partStart(n, p + 1, int(parts.size()))),
+                parts[size_t(p)]);
+    });
+    Boxes& boxes = parts.front();
+    for (size_t p = 1; p < parts.size(); ++p) {
+        for (size_t b = 0; b < boxes.size(); ++b)
+            boxes[b].add(parts[p][b]);
+    }
     pimpl::DistinctValues& devices = boxes[0];
     pimpl::DistinctValues& packages = boxes[1];
     pimpl::DistinctValues& speeds = boxes[2];

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "chipcolumns.h"
 
+#include "parallel_p.h"
+#include "tuning_p.h"
+
 #include <QStringView>
 #include <QtEndian>
 
 #include <algorithm>
 #include <cstring>
 #include <numeric>
-#include <system_error>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -210,9 +211,8 @@ int compareTails(const Key& l, const Key& r, QStringView left, QStringView right
  * @p keys (in position order) ordered by their first word, ascending or
  * descending, ties in position order: a radix sort from the lowest digit
  * that moves whole keys, so that ordering the ties afterwards reads keys
- * that lie together. Digits that every key shares are skipped; from 16,384
- * keys on a pass takes sixteen bits, as long lists share most leading units,
- * so few digits occur and the scattered writes stay in cache.
+ * that lie together. Digits that every key shares are skipped; long lists
+ * take sixteen bits a pass (Tuning::sortWideDigitsFrom).
  */
 void byFirstWord(Key* first, Key* last, bool descending)
 {
@@ -221,7 +221,7 @@ void byFirstWord(Key* first, Key* last, bool descending)
         varying |= key->head[0] ^ first->head[0];
     if (varying == 0) // nothing to move, so no room to move it into
         return;
-    const int bits = last - first < 16384 ? 8 : 16;
+    const int bits = last - first < pimpl::tuning().sortWideDigitsFrom ? 8 : 16;
     const quint64 mask = (quint64(1) << bits) - 1;
     const quint64 flip = descending ? ~quint64(0) : 0;
     std::vector<quint32> start(size_t(mask) + 2);
@@ -272,7 +272,7 @@ QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int c
     std::vector<Key> keys(size_t(rows.size()));
     struct Part
     {
-        int from, to;
+        int from = 0, to = 0;
         bool narrow = true; // text packed eight bits to a unit
         bool moved = false;
     };
@@ -310,30 +310,29 @@ QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int c
             std::sort(from, to, before);
         }
     };
-    // A long list in two halves at once, merged afterwards; keys compare
-    // only when both halves packed them alike.
-    const int half = rows.size() >= 32768 && std::thread::hardware_concurrency() > 1 ? int(rows.size() / 2) : 0;
-    Part parts[2] = {{half, int(rows.size())}, {0, half}};
-    std::thread second;
-    if (half > 0) {
-        try {
-            second = std::thread(sortPart, std::ref(parts[1]));
-        } catch (const std::system_error&) {
-            sortPart(parts[1]);
+    // A long list in parts at once, merged afterwards.
+    const int n = int(rows.size());
+    std::vector<Part> parts(size_t(pimpl::partsFor(n, pimpl::tuning().sortParallelFrom)));
+    for (size_t p = 0; p < parts.size(); ++p)
+        parts[p] = {int(pimpl::partStart(n, int(p), int(parts.size()))), int(pimpl::partStart(n, int(p) + 1, int(parts.size())))};
+    pimpl::runParts(int(parts.size()), [&](int p) { sortPart(parts[size_t(p)]); });
+    // Keys compare only when their parts packed them alike.
+    const bool narrow = std::all_of(parts.begin(), parts.end(), [](const Part& part) { return part.narrow; });
+    for (Part& part : parts) {
+        if (part.narrow && !narrow) {
+            part.narrow = false;
+            sortPart(part);
         }
     }
-    sortPart(parts[0]);
-    if (second.joinable())
-        second.join();
-    if (parts[0].narrow != parts[1].narrow) {
-        Part& narrow = parts[0].narrow ? parts[0] : parts[1];
-        narrow.narrow = false;
-        sortPart(narrow);
+    bool moved = std::any_of(parts.begin(), parts.end(), [](const Part& part) { return part.moved; });
+    for (size_t p = 1; p < parts.size(); ++p) {
+        Key* const middle = keys.data() + parts[p].from;
+        if (before(*middle, *(middle - 1))) {
+            std::inplace_merge(keys.data(), middle, keys.data() + parts[p].to, before);
+            moved = true;
+        }
     }
-    Key* const middle = keys.data() + half;
-    if (half > 0 && (parts[0].moved || parts[1].moved || before(*middle, *(middle - 1))))
-        std::inplace_merge(keys.data(), middle, keys.data() + keys.size(), before);
-    else if (!parts[0].moved && !parts[1].moved)
+    if (!moved)
         return rows;
     QVector<int> sorted(rows.size());
     for (size_t i = 0; i < keys.size(); ++i)
