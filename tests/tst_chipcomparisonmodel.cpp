@@ -24,13 +24,16 @@ ChipInfo chip(const QString& line)
 
 // A and B differ in part number, version, speed, LUT, User Flash (" " is shown as it is, an empty count as 0), PLL
 // (missing) and id; not in match key and auxiliary, which are not shown. C differs from A only in part number and id;
-// A2 has A's part number.
+// A2 has A's part number. Z, N and M carry every count as "0", empty and missing: alike, as the table shows them.
 const QHash<QChar, ChipInfo> Chips{
     {'A', chip("a,A,S,k,D1,,P,1.0V,C6,x,10,100,,0,8Kb,72Kb,,1,2")},
     {'B', chip("b,B,S,k2,D1,V,P,1.0V,C7,y,10,200,0,,8Kb,72Kb, ,1")},
     {'C', chip("c,C,S,k,D1,,P,1.0V,C6,x,10,100,,0,8Kb,72Kb,,1,2")},
     {'2', chip("a2,A,S,k,D1,,P,1.0V,C6,x,10,100,,0,8Kb,72Kb,,1,2")},
     {'E', ChipInfo()},
+    {'Z', chip("z,Z,S,k,D1,,P,1.0V,C6,x,0,0,0,0,0,0,0,0,0")},
+    {'N', chip("n,N,S,k,D1,,P,1.0V,C6,x,,,,,,,,,")},
+    {'M', chip("m,M,S,k,D1,,P,1.0V,C6,x")},
 };
 
 QList<ChipInfo> chips(const QString& keys)
@@ -58,6 +61,10 @@ private Q_SLOTS:
             << L{"*Part Number|A|B", " Series|S|S", " Device|D1|D1", "*Device Version||V", " Package|P|P",
                  "*Speed|C6|C7", " Voltage|1.0V|1.0V", " IO|10|10", "*LUT|100|200", " FF|0|0", " ROM16|0|0",
                  " SSRAM|8Kb|8Kb", " BSRAM|72Kb|72Kb", "*User Flash|0| ", " DSP|1|1", "*PLL|2|0", "*Device ID|a|b"};
+        QTest::newRow("every count empty, missing or 0") << "ZNM"
+            << L{"*Part Number|Z|N|M", " Series|S|S|S", " Device|D1|D1|D1", " Device Version|||", " Package|P|P|P",
+                 " Speed|C6|C6|C6", " Voltage|1.0V|1.0V|1.0V", " IO|0|0|0", " LUT|0|0|0", " FF|0|0|0", " ROM16|0|0|0",
+                 " SSRAM|0|0|0", " BSRAM|0|0|0", " User Flash|0|0|0", " DSP|0|0|0", " PLL|0|0|0", "*Device ID|z|n|m"};
         QTest::newRow("one chip: nothing differs") << "B"
             << L{" Part Number|B", " Series|S", " Device|D1", " Device Version|V", " Package|P", " Speed|C7",
                  " Voltage|1.0V", " IO|10", " LUT|200", " FF|0", " ROM16|0", " SSRAM|8Kb", " BSRAM|72Kb",
