@@ -3,7 +3,7 @@
 // change, and sorting: exact orders per column kind, and a seeded comparison with the plain cell comparison.
 
 #include "chipcolumns_p.h"
-#include "chipinfotablemodel.h"
+#include "chipinfotablemodel_p.h"
 #include "reference/reference.h"
 #include "testhelpers.h"
 
@@ -160,13 +160,17 @@ private Q_SLOTS:
         QCOMPARE(columnTexts(model, column), parts.at(2).split(','));
     }
 
-    // Rows of a list shown by position, in their order. A sort by the column they are said to follow, ascending,
-    // takes them at their word; any other sort orders them, and orders them again after another sort.
+    // Rows of a list shown by position, in their order: a sort by any column orders them. Only the selector's own
+    // route may say which column they follow, and a sort by it, ascending, then takes them at their word; any other
+    // sort orders them, and orders them again after another sort.
     void rowsOfASharedList()
     {
         const QList<ChipInfo> chips = listOf(0, {"c", "a", "b", "d"});
         ChipInfoTableModel model;
-        model.setChipInfoList(chips, {2, 3, 0}, 0);
+        model.setChipInfoList(chips, {2, 3, 0});
+        model.sort(0, Qt::AscendingOrder);
+        QCOMPARE(rowIds(model), (L{"2", "0", "3"}));
+        DEV::pimpl::ChipInfoTableModelPrivate::setOrderedRows(model, chips, {2, 3, 0}, 0);
         L seen;
         for (const auto& [column, order] : {std::make_pair(0, Qt::AscendingOrder), std::make_pair(0, Qt::DescendingOrder),
                                             std::make_pair(0, Qt::AscendingOrder), std::make_pair(16, Qt::DescendingOrder)}) {

@@ -381,6 +381,21 @@ QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int c
 
 namespace pimpl {
 
+QString chipCellText(const ChipInfo& chip, int column)
+{
+    // The loader keeps lines that end early, so a record may carry fewer
+    // than nine counts; a missing count is shown like an empty one, as 0.
+    const QString& value = chipColumnValue(chip, column);
+    if (value.isEmpty() && column >= FirstResourceColumn && pimpl::isChipColumn(column))
+        return QStringLiteral("0");
+    return pimpl::isChipColumn(column) ? value : QString();
+}
+
+uint chipColumnAlignment(int column)
+{
+    return (chipColumnKind(column) == ColumnKind::Text ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter;
+}
+
 QVector<int> plainSortedRows(const QList<ChipInfo>& chips, QVector<int> rows, int column, Qt::SortOrder order)
 {
     if (!pimpl::isChipColumn(column))

@@ -20,6 +20,13 @@ inline bool isChipColumn(int column)
     return column >= 0 && column < ChipColumnCount;
 }
 
+/// The text the chip table shows for @p chip in @p column: the value, except that an empty or missing count reads
+/// "0"; a null string outside 0 to 15.
+QString chipCellText(const ChipInfo& chip, int column);
+
+/// Qt::TextAlignmentRole of a cell of @p column: text left, counts right, both centred vertically.
+uint chipColumnAlignment(int column);
+
 /**
  * The definition of sortChipRows(), which the fast one must match at every
  * tuning: a stable sort of @p rows by the cells of @p column, text by UTF-16

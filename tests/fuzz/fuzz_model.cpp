@@ -5,7 +5,7 @@
 // the rows must always be those of the plain stable sort of the rows set, one sort after the other.
 
 #include "chipcolumns_p.h"
-#include "chipinfotablemodel.h"
+#include "chipinfotablemodel_p.h"
 #include "reference/reference.h"
 #include "tuning_p.h"
 
@@ -55,7 +55,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             }
             const int orderedBy = choose(18) - 1;
             rows = DEV::pimpl::plainSortedRows(held, rows, orderedBy, Qt::AscendingOrder);
-            model.setChipInfoList(held, rows, orderedBy);
+            if (orderedBy < 0 || choose(2))
+                model.setChipInfoList(held, rows);
+            else
+                DEV::pimpl::ChipInfoTableModelPrivate::setOrderedRows(model, held, rows, orderedBy);
         } else if (action == 1) {
             const int column = choose(20) - 2;
             const bool ascending = choose(2) == 1;
