@@ -6,10 +6,16 @@
 // processes.
 
 #include "devicedb.h"
+#include "tuning_p.h"
 
 #include <QtTest>
 
+#include <limits>
 #include <memory>
+#include <utility>
+#include <vector>
+
+Q_DECLARE_METATYPE(DEV::pimpl::Tuning)
 
 namespace TestHelpers {
 
@@ -43,6 +49,37 @@ private:
     QtMessageHandler m_previous;
     MessageCapture* m_outer; // captures nest: the innermost one counts
 };
+
+/// The tuning set while alive; the one before comes back after.
+struct ScopedTuning
+{
+    explicit ScopedTuning(const DEV::pimpl::Tuning& tuning) : saved(DEV::pimpl::tuning()) { DEV::pimpl::tuning() = tuning; }
+    ~ScopedTuning() { DEV::pimpl::tuning() = saved; }
+    ScopedTuning(const ScopedTuning&) = delete;
+    ScopedTuning& operator=(const ScopedTuning&) = delete;
+    const DEV::pimpl::Tuning saved;
+};
+
+/// Named tunings at which every fast routine must answer as its plain twin: the defaults, one part and seven with
+/// every threshold at zero (the seven reading blocks of @p blockBytes bytes), and every threshold at its largest.
+inline std::vector<std::pair<QByteArray, DEV::pimpl::Tuning>> extremeTunings(int blockBytes = 3)
+{
+    DEV::pimpl::Tuning one, seven, largest;
+    for (DEV::pimpl::Tuning* t : {&one, &seven}) {
+        t->searchParallelFrom = t->sortParallelFrom = t->sortWideDigitsFrom = t->foldFrom = t->selectorParallelFrom = 0;
+        t->loadParallelFrom = 0;
+    }
+    one.parts = 1;
+    seven.parts = 7;
+    seven.loadBlockBytes = blockBytes;
+    largest.searchParallelFrom = largest.sortParallelFrom = largest.sortWideDigitsFrom = largest.foldFrom =
+        largest.selectorParallelFrom = std::numeric_limits<int>::max();
+    largest.loadParallelFrom = std::numeric_limits<qint64>::max();
+    return {{"defaults", DEV::pimpl::Tuning()},
+            {"one part, thresholds 0", one},
+            {"7 parts, thresholds 0, blocks of " + QByteArray::number(blockBytes) + " bytes", seven},
+            {"thresholds largest", largest}};
+}
 
 /// A complete data-file line; the values not named are fixed.
 inline QByteArray chipLine(const QByteArray& id, const QByteArray& pn, const QByteArray& series = "S1",

@@ -2,8 +2,8 @@
 // The chip table model: headers, cell texts and alignment, the row <-> chip mappings, one reset pair for every
 // change, and sorting: exact orders per column kind, and a seeded comparison with the plain cell comparison.
 
-#include "chipcolumns.h"
-#include "chipinfotablemodel.h"
+#include "chipcolumns_p.h"
+#include "chipinfotablemodel_p.h"
 #include "reference/reference.h"
 #include "testhelpers.h"
 
@@ -160,13 +160,17 @@ private Q_SLOTS:
         QCOMPARE(columnTexts(model, column), parts.at(2).split(','));
     }
 
-    // Rows of a list shown by position, in their order. A sort by the column they are said to follow, ascending,
-    // takes them at their word; any other sort orders them, and orders them again after another sort.
+    // Rows of a list shown by position, in their order: a sort by any column orders them. Only the selector's own
+    // route may say which column they follow, and a sort by it, ascending, then takes them at their word; any other
+    // sort orders them, and orders them again after another sort.
     void rowsOfASharedList()
     {
         const QList<ChipInfo> chips = listOf(0, {"c", "a", "b", "d"});
         ChipInfoTableModel model;
-        model.setChipInfoList(chips, {2, 3, 0}, 0);
+        model.setChipInfoList(chips, {2, 3, 0});
+        model.sort(0, Qt::AscendingOrder);
+        QCOMPARE(rowIds(model), (L{"2", "0", "3"}));
+        DEV::pimpl::ChipInfoTableModelPrivate::setOrderedRows(model, chips, {2, 3, 0}, 0);
         L seen;
         for (const auto& [column, order] : {std::make_pair(0, Qt::AscendingOrder), std::make_pair(0, Qt::DescendingOrder),
                                             std::make_pair(0, Qt::AscendingOrder), std::make_pair(16, Qt::DescendingOrder)}) {
@@ -186,7 +190,8 @@ private Q_SLOTS:
     // Every column, both orders, a long prefix shared by every text that moves all differences far in, and texts
     // with or without units beyond U+00FF; the whole list, then chosen rows of it in an order of their own, each
     // sorted once more by another column the other way: the records come out in a plain stable sort's order, rows
-    // with equal cells as they were, nothing lost, doubled or altered.
+    // with equal cells as they were, nothing lost, doubled or altered. The fast sort gives the plain one's order at
+    // the defaults and at every extreme of its tuning (one part or seven, each threshold at zero or at its largest).
     void sortAgreesWithReference_data()
     {
         QTest::addColumn<int>("column");
@@ -222,9 +227,15 @@ private Q_SLOTS:
         // Each half in order, the whole not; a long list the model would sort the same way.
         const QVector<int> halves = Reference::sortedRows(chips, all.mid(count / 2), column, ascending)
             + Reference::sortedRows(chips, all.mid(0, count / 2), column, ascending);
-        for (const QVector<int>& rows : {halves, count > 600 ? all : QVector<int>()})
-            QCOMPARE(DEV::sortChipRows(chips, rows, column, ascending ? Qt::AscendingOrder : Qt::DescendingOrder),
-                     Reference::sortedRows(chips, rows, column, ascending));
+        const Qt::SortOrder order = ascending ? Qt::AscendingOrder : Qt::DescendingOrder;
+        for (const QVector<int>& rows : {halves, count > 600 ? all : QVector<int>()}) {
+            const QVector<int> expected = Reference::sortedRows(chips, rows, column, ascending);
+            QCOMPARE(DEV::pimpl::plainSortedRows(chips, rows, column, order), expected);
+            for (const auto& [name, tuning] : TestHelpers::extremeTunings()) {
+                const TestHelpers::ScopedTuning tuned(tuning);
+                QVERIFY2(DEV::sortChipRows(chips, rows, column, order) == expected, name.constData());
+            }
+        }
         if (count > 600)
             return;
         ChipInfoTableModel model;

@@ -4,6 +4,7 @@
 // catalogue, from many threads at once (also under ThreadSanitizer).
 
 #include "chipfilter.h"
+#include "devicedb_p.h"
 #include "reference/reference.h"
 #include "testhelpers.h"
 
@@ -21,16 +22,13 @@ using L = QStringList;
 
 namespace {
 
-// Records of one version have no defined order: the versions in list order, then the records sorted.
-L canonical(const QList<ChipInfo>& chips)
+// Every member of every record, in list order: device version first, and within a version the order of the file.
+L records(const QList<ChipInfo>& chips)
 {
-    L versions, records;
-    for (const ChipInfo& c : chips) {
-        versions << c.deviceVersion;
-        records << fields(c).join(QLatin1Char('|'));
-    }
-    records.sort();
-    return versions + records;
+    L out;
+    for (const ChipInfo& c : chips)
+        out << fields(c).join(QLatin1Char('|'));
+    return out;
 }
 
 /// Lines of random columns made of pieces that trouble a loader: blanks, multi-byte and broken UTF-8, NUL, CR,
@@ -132,25 +130,52 @@ private Q_SLOTS:
         QCOMPARE(reports, (L{"0 4 1 2", "1 0 0 0"}));
         QCOMPARE(fields(none.findByID(QStringLiteral("zr9k31-013"))), fields(ChipInfo()));
         // Loaded chips share equal values, down to whole lists of counts: a catalogue repeats them on thousands of lines.
+        // Lines read in one part, that is: parts store their values apart.
+        DEV::pimpl::Tuning onePart;
+        onePart.loadParallelFrom = std::numeric_limits<qint64>::max();
+        const TestHelpers::ScopedTuning tuned(onePart);
         const auto shared = m_files.load("a,p1,S,k,d,v,P,V,c,x,1,2\nb,p2,S,k,d,w,P,V,c,x,1,2\nc,p3,S,k,d,v,P,V,c,x,1,3\n");
         const ChipInfo p1 = shared->findByPN("p1").value(0), p2 = shared->findByPN("p2").value(0), p3 = shared->findByPN("p3").value(0);
         QVERIFY(p1.series.constData() == p3.series.constData() && p1.resources.isSharedWith(p2.resources));
         QVERIFY(!p1.resources.isSharedWith(p3.resources) && p1.resources.at(0).constData() == p3.resources.at(0).constData());
     }
 
-    // The same records, member for member, and the same messages as the plain loader gives.
+    // The same records in the same order, member for member, and the same messages as the reference loader and the
+    // plain one give, at the defaults and with the file in one part or in many uneven ones read in blocks of a few
+    // bytes.
     void agreesWithReferenceLoader_data()
     {
         QTest::addColumn<QByteArray>("localeCodec");
         QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("random files, UTF-8 locale") << QByteArray("UTF-8") << QByteArray();
+        QTest::addColumn<DEV::pimpl::Tuning>("tuning");
+        QTest::addColumn<int>("randomFiles"); // when no bytes are given
+        const auto tunings = TestHelpers::extremeTunings();
+        const DEV::pimpl::Tuning defaults = tunings.front().second;
+        for (const auto& [name, tuning] : tunings)
+            QTest::addRow("random files, UTF-8 locale, %s", name.constData())
+                << QByteArray("UTF-8") << QByteArray() << tuning << (name == "defaults" ? 1500 : 300);
+        // Runs without an ASCII byte, cut by blocks of a few bytes at every place: valid sequences, sequences that a
+        // lead byte interrupts, stray continuation bytes, bytes that never occur in UTF-8.
+        QByteArray runs;
+        for (const char* run : {"\xE6\x97\xC3\xA5", "\xF0\x9F\xE6\x97\xA5", "\xC3\xA5\x80", "\xFF\xC0\xF8\x80\xE6",
+                                "\xF0\x9F\x98\x80\xF0\x9F\x98", "\xE0\x80\x80\xED\xA0\x80\xF4\x90\x80\x80"})
+            runs += "id,PN,s,k,d,,p,v,c," + QByteArray(run).repeated(3) + ",1\n";
+        for (int block : {1, 2, 3, 4, 5}) {
+            const DEV::pimpl::Tuning tuning = TestHelpers::extremeTunings(block)[2].second;
+            if (block != 3)
+                QTest::addRow("random files, blocks of %d", block) << QByteArray("UTF-8") << QByteArray() << tuning << 300;
+            QTest::addRow("runs without ASCII, blocks of %d", block) << QByteArray("UTF-8") << runs << tuning << 0;
+        }
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) // Qt 6 decodes without the locale
-        QTest::newRow("random files, Latin-1 locale") << QByteArray("ISO-8859-1") << QByteArray();
+        for (const auto& [name, tuning] : {tunings[0], tunings[2]})
+            QTest::addRow("random files, Latin-1 locale, %s", name.constData())
+                << QByteArray("ISO-8859-1") << QByteArray() << tuning << (name == "defaults" ? 1500 : 300);
 #endif
         const QString text = QStringLiteral("id,PN-\u00B5,s,k,d,B,p,v,c,x,1,2\nbad,line\nid2,PN2,s,k,d,,p,v\n");
         for (const char* name : {"UTF-16LE", "UTF-16BE", "UTF-32LE", "UTF-32BE"}) {
             const std::unique_ptr<QTextEncoder> withMark(QTextCodec::codecForName(name)->makeEncoder());
-            QTest::newRow(name) << QByteArray("UTF-8") << withMark->fromUnicode(text);
+            for (const auto& [tuningName, tuning] : {tunings[0], tunings[2]})
+                QTest::addRow("%s, %s", name, tuningName.constData()) << QByteArray("UTF-8") << withMark->fromUnicode(text) << tuning << 0;
         }
         // Lines across the loader's read blocks, a multi-byte character cut by a block edge, a 10 MiB line and one of
         // 10,000 columns.
@@ -161,40 +186,54 @@ private Q_SLOTS:
         large += QByteArray(10 * 1024 * 1024, 'x') + "\nid,PN-WIDE,s,k,d,,p,v,c,x";
         for (int i = 0; i < 9990; ++i)
             large += ',' + QByteArray::number(i);
-        QTest::newRow("large file") << QByteArray("UTF-8") << large;
-        // Large enough to be read in two halves: random lines among chips on both sides of the cut. The file starts
+        QTest::newRow("large file") << QByteArray("UTF-8") << large << defaults << 0;
+        // Large enough to be read in parts: random lines among chips on both sides of each cut. The file starts
         // without a byte-order mark, so the locale's encoding applies.
         QRandomGenerator rng(7);
         QByteArray mixed;
         for (int i = 1; mixed.size() < 2200 * 1024; ++i)
             mixed += i % 8 ? TestHelpers::chipLine("id" + QByteArray::number(i % 50), "PN" + QByteArray::number(i))
                            : randomFile(rng) + '\n';
-        QTest::newRow("random lines across the halves") << QByteArray("UTF-8") << mixed;
-        QTest::newRow("real-shaped catalogue") << QByteArray("UTF-8") << TestHelpers::generatedCatalogue("real", 17500);
-        QTest::newRow("every value distinct") << QByteArray("UTF-8") << TestHelpers::generatedCatalogue("distinct", 15000);
-        QTest::newRow("the first bad line in the second half") << QByteArray("UTF-8") << large.left(large.indexOf('\n', 2200 * 1024) + 1) + "bad\n";
+        QTest::newRow("random lines across the parts") << QByteArray("UTF-8") << mixed << defaults << 0;
+        DEV::pimpl::Tuning sevenParts = tunings[2].second;
+        sevenParts.loadBlockBytes = 4096;
+        QTest::newRow("random lines across 7 parts") << QByteArray("UTF-8") << mixed << sevenParts << 0;
+        QTest::newRow("real-shaped catalogue") << QByteArray("UTF-8") << TestHelpers::generatedCatalogue("real", 17500) << defaults << 0;
+        QTest::newRow("every value distinct") << QByteArray("UTF-8") << TestHelpers::generatedCatalogue("distinct", 15000) << defaults << 0;
+        QTest::newRow("the first bad line in the second part") << QByteArray("UTF-8") << large.left(large.indexOf('\n', 2200 * 1024) + 1) + "bad\n" << defaults << 0;
     }
     void agreesWithReferenceLoader()
     {
         QFETCH(QByteArray, localeCodec);
         QFETCH(QByteArray, bytes);
-        QTextCodec* saved = QTextCodec::codecForLocale();
+        QFETCH(DEV::pimpl::Tuning, tuning);
+        QFETCH(int, randomFiles);
+        const auto restore = qScopeGuard([saved = QTextCodec::codecForLocale()] { QTextCodec::setCodecForLocale(saved); });
         QTextCodec::setCodecForLocale(QTextCodec::codecForName(localeCodec));
+        const TestHelpers::ScopedTuning tuned(tuning);
         QRandomGenerator rng(20261121);
-        for (int i = 0; i < (bytes.isEmpty() ? 1500 : 1) && !QTest::currentTestFailed(); ++i) {
-            const QString path = m_files.write(bytes.isEmpty() ? randomFile(rng) : bytes);
+        for (int i = 0; i < (bytes.isEmpty() ? randomFiles : 1) && !QTest::currentTestFailed(); ++i) {
+            const QByteArray file = bytes.isEmpty() ? randomFile(rng) : bytes;
+            const QString path = m_files.write(file);
             MessageCapture referenceMessages;
             int firstMalformed = 0;
             const QList<ChipInfo> expected = Reference::loadDataFile(path, &firstMalformed);
             const L expectedMessages = referenceMessages.criticals();
+            MessageCapture plainMessages;
+            QList<ChipInfo> plain;
+            const DeviceDb::LoadReport plainReport = DEV::pimpl::readPlainly(file, plain);
+            QCOMPARE(plainMessages.criticals(), expectedMessages);
             MessageCapture capture;
             const DeviceDb db(path);
             QCOMPARE(capture.criticals(), expectedMessages);
-            QCOMPARE(db.loadReport().skippedLines, expectedMessages.size());
-            QCOMPARE(db.loadReport().firstSkippedLine, firstMalformed);
-            QCOMPARE(canonical(db.allChipInfo()), canonical(expected));
+            for (const DeviceDb::LoadReport& report : {db.loadReport(), plainReport}) {
+                QCOMPARE(report.skippedLines, expectedMessages.size());
+                QCOMPARE(report.firstSkippedLine, firstMalformed);
+                QCOMPARE(report.chips, int(expected.size()));
+            }
+            QCOMPARE(records(db.allChipInfo()), records(expected));
+            QCOMPARE(records(plain), records(expected));
         }
-        QTextCodec::setCodecForLocale(saved);
     }
 
     // Read blocks of nothing but 4-byte characters, each cut inside one after 1, 2 or 3 of its bytes, and one ending in a

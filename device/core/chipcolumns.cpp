@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "chipcolumns.h"
+#include "chipcolumns_p.h"
 
 #include "parallel_p.h"
 #include "tuning_p.h"
@@ -49,21 +50,16 @@ constexpr Column Columns[ChipColumnCount] = {
     {"PLL", ColumnKind::Number, 16, nullptr},
 };
 
-bool isColumn(int column)
-{
-    return column >= 0 && column < ChipColumnCount;
-}
-
 } // namespace
 
 QString chipColumnHeader(int column)
 {
-    return isColumn(column) ? QString::fromLatin1(Columns[column].header) : QString();
+    return pimpl::isChipColumn(column) ? QString::fromLatin1(Columns[column].header) : QString();
 }
 
 ColumnKind chipColumnKind(int column)
 {
-    return isColumn(column) ? Columns[column].kind : ColumnKind::Text;
+    return pimpl::isChipColumn(column) ? Columns[column].kind : ColumnKind::Text;
 }
 
 const QString& chipColumnValue(const ChipInfo& chip, int column)
@@ -88,7 +84,7 @@ const QString& chipColumnValue(const ChipInfo& chip, int column)
         break;
     }
     const int entry = column - FirstResourceColumn;
-    if (!isColumn(column) || entry >= chip.resources.size())
+    if (!pimpl::isChipColumn(column) || entry >= chip.resources.size())
         return none;
     return chip.resources.at(entry);
 }
@@ -113,17 +109,22 @@ QString searchGroupName(int group)
     return QString::fromLatin1(name ? name : Columns[column].header);
 }
 
-} // namespace DEV
-
-namespace DEV {
-
 namespace {
 
-/*
- * The number a cell compares as. Almost every cell is a short run of ASCII
- * digits (with "Kb" in size columns), which cannot overflow and is read
- * directly; everything else takes QString::toInt(), which defines the order.
- */
+// The number a count cell sorts as: QString::toInt() of the text, with
+// every "Kb" cut out first in a Kb column. The table knows no other unit,
+// so "2Mb" counts 0 here, while a requirement reads it as 2048 kilobits
+// (amountWithUnit() in chiprequirements.cpp).
+int toIntCuttingKb(QStringView text, bool cutKb)
+{
+    QString number = text.toString();
+    if (cutKb)
+        number.remove(QLatin1String("Kb"), Qt::CaseSensitive);
+    return number.toInt(nullptr, 10);
+}
+
+// The same number, read directly for almost every cell: a short run of
+// ASCII digits (with "Kb" in size columns), which cannot overflow.
 int numberKey(QStringView text, bool cutKb)
 {
     qsizetype length = text.size();
@@ -137,10 +138,7 @@ int numberKey(QStringView text, bool cutKb)
         if (i == length)
             return value;
     }
-    QString number = text.toString();
-    if (cutKb)
-        number.remove(QLatin1String("Kb"), Qt::CaseSensitive);
-    return number.toInt(nullptr, 10);
+    return toIntCuttingKb(text, cutKb);
 }
 
 /*
@@ -188,25 +186,6 @@ bool pack(Key& key, QStringView text)
     return true;
 }
 
-inline int compareHeads(const Key& l, const Key& r)
-{
-    for (int w = 0; w < 3; ++w) {
-        if (l.head[w] != r.head[w])
-            return l.head[w] < r.head[w] ? -1 : 1;
-    }
-    return 0;
-}
-
-// For texts whose heads are equal. Past the end a head holds 0, the same as
-// U+0000, so equal heads that hold both texts whole mean that the shorter
-// is a prefix of the longer; only other ties compare the texts.
-int compareTails(const Key& l, const Key& r, QStringView left, QStringView right)
-{
-    if (l.number && r.number)
-        return left.size() < right.size() ? -1 : (left.size() > right.size() ? 1 : 0);
-    return left.compare(right, Qt::CaseSensitive);
-}
-
 /*
  * @p keys (in position order) ordered by their first word, ascending or
  * descending, ties in position order: a radix sort from the lowest digit
@@ -243,101 +222,198 @@ void byFirstWord(Key* first, Key* last, bool descending)
         std::copy(from, from + spare.size(), first);
 }
 
-} // namespace
-
-QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int column, Qt::SortOrder order)
+/*
+ * One sortChipRows(): the rows keyed and ordered in parts, a long list's
+ * parts on several threads at once, and the parts merged. Only keys move.
+ */
+class RowSort
 {
-    if (!isColumn(column) || rows.size() < 2)
-        return rows;
-    const auto cell = [&](const Key& k) { return QStringView(chipColumnValue(chips.at(rows.at(k.position)), column)); };
-    const bool text = chipColumnKind(column) == ColumnKind::Text;
-    const bool cutKb = chipColumnKind(column) == ColumnKind::Kilobits;
-    const auto compare = [&](const Key& l, const Key& r) {
-        if (!text)
-            return l.number < r.number ? -1 : (l.number > r.number ? 1 : 0);
-        const int c = compareHeads(l, r);
-        return c != 0 ? c : compareTails(l, r, cell(l), cell(r));
-    };
-    // Read once: the lambdas below, some on another thread, take the flag,
-    // and any value but ascending sorts descending.
-    const bool descending = order != Qt::AscendingOrder;
-    const int direction = descending ? -1 : 1;
-    // Ties keep their order in the input: its position is the last key, so
-    // a plain (unstable) sort gives the stable order.
-    const auto before = [&](const Key& l, const Key& r) {
-        const int c = compare(l, r);
-        return c != 0 ? direction * c < 0 : l.position < r.position;
-    };
-
-    std::vector<Key> keys(size_t(rows.size()));
+private:
     struct Part
     {
         int from = 0, to = 0;
         bool narrow = true; // text packed eight bits to a unit
         bool moved = false;
     };
-    // Keys the rows of @p part, packing text as narrow as it allows, and
-    // orders them; a part already in order costs no more than that check.
-    const auto sortPart = [&](Part& part) {
-        Key* const first = keys.data() + part.from;
-        Key* const last = keys.data() + part.to;
-        for (Key* key = first; key != last; ++key) {
-            key->position = int(key - keys.data());
-            const QStringView value(chipColumnValue(chips.at(rows.at(key->position)), column));
-            if (!text)
-                key->number = numberKey(value, cutKb);
-            else if (!part.narrow || !(part.narrow = pack<8>(*key, value)))
-                pack<16>(*key, value);
+
+    QStringView cell(const Key& key) const { return chipColumnValue(m_chips.at(m_rows.at(key.position)), m_column); }
+
+    int compare(const Key& l, const Key& r) const
+    {
+        if (m_kind != ColumnKind::Text)
+            return l.number < r.number ? -1 : int(l.number > r.number);
+        for (int w = 0; w < 3; ++w) {
+            if (l.head[w] != r.head[w])
+                return l.head[w] < r.head[w] ? -1 : 1;
         }
-        if (!part.narrow) { // keys packed narrow before the first wide one
-            for (Key* key = first; key != last; ++key)
-                pack<16>(*key, cell(*key));
+        // Past the end a head holds 0, the same as U+0000, so equal heads
+        // that hold both texts whole mean that the shorter is a prefix of
+        // the longer; only other ties compare the texts.
+        const QStringView a = cell(l), b = cell(r);
+        if (l.number && r.number)
+            return a.size() < b.size() ? -1 : int(a.size() > b.size());
+        return a.compare(b, Qt::CaseSensitive);
+    }
+
+    // Ties keep their order in the input: its position is the last key, so
+    // a plain (unstable) sort gives the stable order.
+    bool before(const Key& l, const Key& r) const
+    {
+        const int c = compare(l, r);
+        return c != 0 ? (m_descending ? c > 0 : c < 0) : l.position < r.position;
+    }
+    auto ordering() const
+    {
+        return [this](const Key& l, const Key& r) { return before(l, r); };
+    }
+
+public:
+    RowSort(const QList<ChipInfo>& chips, const QVector<int>& rows, int column, Qt::SortOrder order)
+        : m_chips(chips)
+        , m_rows(rows)
+        , m_column(column)
+        , m_kind(chipColumnKind(column))
+        , m_descending(order != Qt::AscendingOrder) // any value but ascending sorts descending
+        , m_keys(size_t(rows.size()))
+    {
+        const int n = int(rows.size()), parts = pimpl::partsFor(n, pimpl::tuning().sortParallelFrom);
+        for (int p = 0; p < parts; ++p)
+            m_parts.push_back({int(pimpl::partStart(n, p, parts)), int(pimpl::partStart(n, p + 1, parts))});
+    }
+
+    // Keys and orders every part. Keys compare only when their parts packed
+    // them alike, so when one part could not pack its text narrow, the
+    // others pack theirs again wide.
+    void sortParts()
+    {
+        pimpl::runParts(int(m_parts.size()), [this](int p) { sortPart(m_parts[size_t(p)]); });
+        const bool narrow = std::all_of(m_parts.begin(), m_parts.end(), [](const Part& part) { return part.narrow; });
+        for (Part& part : m_parts) {
+            if (part.narrow && !narrow) {
+                part.narrow = false;
+                sortPart(part);
+            }
         }
-        part.moved = std::adjacent_find(first, last, [&](const Key& l, const Key& r) { return before(r, l); }) != last;
+    }
+
+    // Merges the ordered parts; false when no row moved.
+    bool mergeParts()
+    {
+        bool moved = std::any_of(m_parts.begin(), m_parts.end(), [](const Part& part) { return part.moved; });
+        for (size_t p = 1; p < m_parts.size(); ++p) {
+            Key* const middle = m_keys.data() + m_parts[p].from;
+            if (before(*middle, *(middle - 1))) {
+                std::inplace_merge(m_keys.data(), middle, m_keys.data() + m_parts[p].to, ordering());
+                moved = true;
+            }
+        }
+        return moved;
+    }
+
+    QVector<int> sortedRows() const
+    {
+        QVector<int> sorted(m_rows.size());
+        for (size_t i = 0; i < m_keys.size(); ++i)
+            sorted[int(i)] = m_rows.at(m_keys[i].position);
+        return sorted;
+    }
+
+private:
+    // Keys the rows of @p part, packing text as narrow as it allows.
+    void keyPart(Part& part)
+    {
+        const bool cutKb = m_kind == ColumnKind::Kilobits;
+        for (int k = part.from; k < part.to; ++k) {
+            Key& key = m_keys[size_t(k)];
+            key.position = k;
+            if (m_kind != ColumnKind::Text)
+                key.number = numberKey(cell(key), cutKb);
+            else if (!part.narrow || !(part.narrow = pack<8>(key, cell(key))))
+                pack<16>(key, cell(key));
+        }
+        for (int k = part.from; !part.narrow && k < part.to; ++k) // those packed narrow before the first wide one
+            pack<16>(m_keys[size_t(k)], cell(m_keys[size_t(k)]));
+    }
+
+    // Orders the keys of @p part; a part already in order costs no more than
+    // that check. Text goes first by the first word, a digit at a time, which
+    // compares nothing; then each run of equal first words, mostly short, by
+    // everything.
+    void sortPart(Part& part)
+    {
+        keyPart(part);
+        Key* const first = m_keys.data() + part.from;
+        Key* const last = m_keys.data() + part.to;
+        part.moved = std::adjacent_find(first, last, [this](const Key& l, const Key& r) { return before(r, l); }) != last;
         if (!part.moved)
             return;
-        if (!text) {
-            std::sort(first, last, before);
+        if (m_kind != ColumnKind::Text) {
+            std::sort(first, last, ordering());
             return;
         }
-        // First by the first word, a digit at a time, which compares
-        // nothing; then each run of equal first words, mostly short, by
-        // everything.
-        byFirstWord(first, last, descending);
+        byFirstWord(first, last, m_descending);
         for (Key *from = first, *to = first; from != last; from = to) {
             for (to = from + 1; to != last && to->head[0] == from->head[0];)
                 ++to;
-            std::sort(from, to, before);
-        }
-    };
-    // A long list in parts at once, merged afterwards.
-    const int n = int(rows.size());
-    std::vector<Part> parts(size_t(pimpl::partsFor(n, pimpl::tuning().sortParallelFrom)));
-    for (size_t p = 0; p < parts.size(); ++p)
-        parts[p] = {int(pimpl::partStart(n, int(p), int(parts.size()))), int(pimpl::partStart(n, int(p) + 1, int(parts.size())))};
-    pimpl::runParts(int(parts.size()), [&](int p) { sortPart(parts[size_t(p)]); });
-    // Keys compare only when their parts packed them alike.
-    const bool narrow = std::all_of(parts.begin(), parts.end(), [](const Part& part) { return part.narrow; });
-    for (Part& part : parts) {
-        if (part.narrow && !narrow) {
-            part.narrow = false;
-            sortPart(part);
+            std::sort(from, to, ordering());
         }
     }
-    bool moved = std::any_of(parts.begin(), parts.end(), [](const Part& part) { return part.moved; });
-    for (size_t p = 1; p < parts.size(); ++p) {
-        Key* const middle = keys.data() + parts[p].from;
-        if (before(*middle, *(middle - 1))) {
-            std::inplace_merge(keys.data(), middle, keys.data() + parts[p].to, before);
-            moved = true;
-        }
-    }
-    if (!moved)
+
+    const QList<ChipInfo>& m_chips;
+    const QVector<int>& m_rows;
+    const int m_column;
+    const ColumnKind m_kind;
+    const bool m_descending;
+    std::vector<Key> m_keys;
+    std::vector<Part> m_parts;
+};
+
+} // namespace
+
+QVector<int> sortChipRows(const QList<ChipInfo>& chips, QVector<int> rows, int column, Qt::SortOrder order)
+{
+    if (!pimpl::isChipColumn(column) || rows.size() < 2)
         return rows;
-    QVector<int> sorted(rows.size());
-    for (size_t i = 0; i < keys.size(); ++i)
-        sorted[int(i)] = rows.at(keys[i].position);
-    return sorted;
+    RowSort sort(chips, rows, column, order);
+    sort.sortParts();
+    return sort.mergeParts() ? sort.sortedRows() : rows;
 }
+
+namespace pimpl {
+
+QString chipCellText(const ChipInfo& chip, int column)
+{
+    // The loader keeps lines that end early, so a record may carry fewer
+    // than nine counts; a missing count is shown like an empty one, as 0.
+    const QString& value = chipColumnValue(chip, column);
+    if (value.isEmpty() && column >= FirstResourceColumn && pimpl::isChipColumn(column))
+        return QStringLiteral("0");
+    return pimpl::isChipColumn(column) ? value : QString();
+}
+
+uint chipColumnAlignment(int column)
+{
+    return (chipColumnKind(column) == ColumnKind::Text ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter;
+}
+
+QVector<int> plainSortedRows(const QList<ChipInfo>& chips, QVector<int> rows, int column, Qt::SortOrder order)
+{
+    if (!pimpl::isChipColumn(column))
+        return rows;
+    const ColumnKind kind = chipColumnKind(column);
+    const auto compare = [&](int l, int r) {
+        const QString& a = chipColumnValue(chips.at(l), column);
+        const QString& b = chipColumnValue(chips.at(r), column);
+        if (kind == ColumnKind::Text)
+            return a.compare(b, Qt::CaseSensitive);
+        const int x = toIntCuttingKb(a, kind == ColumnKind::Kilobits), y = toIntCuttingKb(b, kind == ColumnKind::Kilobits);
+        return x < y ? -1 : int(x > y);
+    };
+    const int direction = order == Qt::AscendingOrder ? 1 : -1;
+    std::stable_sort(rows.begin(), rows.end(), [&](int l, int r) { return direction * compare(l, r) < 0; });
+    return rows;
+}
+
+} // namespace pimpl
 
 } // namespace DEV

@@ -45,9 +45,12 @@ int resourceColumnNamed(const QString& name)
 }
 
 // A whole number of at least 0, for memory in kilobits with an optional
-// "Kb" or "Mb"; -1 when @p text is not one. Twelve digits at most keep the
+// "Kb" or "Mb" (1Mb = 1024Kb); -1 when @p text is not one. A requirement
+// compares what a count says, units and all, while the table sorts by
+// QString::toInt() with only "Kb" cut out (toIntCuttingKb() in
+// chipcolumns.cpp), where "2Mb" counts 0. Twelve digits at most keep the
 // product with 1024 far inside qint64.
-qint64 parseAmount(QStringView text, bool memory)
+qint64 amountWithUnit(QStringView text, bool memory)
 {
     text = text.trimmed();
     qint64 scale = 1;
@@ -100,7 +103,7 @@ QString ChipRequirements::set(const QString& column, const QString& value)
         return message(NotAColumn).arg(column);
     qint64 amount = Unset;
     if (!value.trimmed().isEmpty()) {
-        amount = parseAmount(value, isMemory(c));
+        amount = amountWithUnit(value, isMemory(c));
         if (amount < 0) {
             return message(isMemory(c) ? NotASize : NotANumber).arg(chipColumnHeader(c), value);
         }
@@ -133,7 +136,7 @@ qint64 resourceAmount(const ChipInfo& chip, int column)
 {
     if (!isResourceColumn(column))
         return 0;
-    return std::max<qint64>(0, parseAmount(chipColumnValue(chip, column), isMemory(column)));
+    return std::max<qint64>(0, amountWithUnit(chipColumnValue(chip, column), isMemory(column)));
 }
 
 bool matchFilter(const ChipInfo& info, const ChipRequirements& requirements)

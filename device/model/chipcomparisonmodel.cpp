@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "chipcomparisonmodel.h"
 
+#include "chipcolumns_p.h"
+
 #include <QFont>
 
 namespace DEV {
@@ -8,17 +10,12 @@ namespace DEV {
 namespace {
 
 constexpr int RowCount = ChipComparisonModel::DeviceIdRow + 1;
-constexpr uint LeftAligned = Qt::AlignLeft | Qt::AlignVCenter;
-constexpr uint RightAligned = Qt::AlignRight | Qt::AlignVCenter;
 
 // As the chip table shows the cell: an empty or missing count reads "0",
 // so a chip with an empty count and one with "0" do not differ.
 QString cellText(const ChipInfo& chip, int row)
 {
-    if (row == ChipComparisonModel::DeviceIdRow)
-        return chip.deviceId;
-    const QString& value = chipColumnValue(chip, row);
-    return value.isEmpty() && row >= FirstResourceColumn ? QStringLiteral("0") : value;
+    return row == ChipComparisonModel::DeviceIdRow ? chip.deviceId : pimpl::chipCellText(chip, row);
 }
 
 // Bit r set: row r differs.
@@ -36,8 +33,9 @@ quint32 differences(const QList<ChipInfo>& chips)
 
 } // namespace
 
-struct ChipComparisonModel::Private
+class pimpl::ChipComparisonModelPrivate
 {
+public:
     QList<ChipInfo> chips;
     quint32 differs = 0;
 
@@ -51,7 +49,7 @@ struct ChipComparisonModel::Private
 };
 
 ChipComparisonModel::ChipComparisonModel(QObject* parent)
-    : QAbstractTableModel(parent), d(new Private)
+    : QAbstractTableModel(parent), d(new pimpl::ChipComparisonModelPrivate)
 {
 }
 
@@ -154,7 +152,7 @@ QVariant ChipComparisonModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
         return cellText(d->chips.at(column), row);
     case Qt::TextAlignmentRole:
-        return chipColumnKind(row) == ColumnKind::Text ? LeftAligned : RightAligned;
+        return pimpl::chipColumnAlignment(row);
     case DiffersRole:
         return rowDiffers(row);
     case Qt::FontRole:

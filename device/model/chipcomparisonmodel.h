@@ -15,6 +15,10 @@
 
 namespace DEV {
 
+namespace pimpl {
+class ChipComparisonModelPrivate;
+}
+
 /**
  * @brief A few chips side by side: one column per chip, one row per
  * attribute, the rows where the chips differ marked.
@@ -121,8 +125,7 @@ public:
     bool removeColumns(int column, int count, const QModelIndex& parent = QModelIndex()) override;
 
 private:
-    struct Private;
-    std::unique_ptr<Private> d;
+    std::unique_ptr<pimpl::ChipComparisonModelPrivate> const d;
 
     void announce(quint32 rows, int columns);
 };

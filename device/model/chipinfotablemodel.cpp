@@ -1,44 +1,15 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "chipinfotablemodel.h"
 
-#include "chipcolumns.h"
+#include "chipinfotablemodel_p.h"
+
+#include "chipcolumns_p.h"
 
 namespace DEV {
 
-namespace {
-
-constexpr uint LeftAligned = Qt::AlignLeft | Qt::AlignVCenter;
-constexpr uint RightAligned = Qt::AlignRight | Qt::AlignVCenter;
-
-bool isColumn(int column)
-{
-    return column >= 0 && column < ChipColumnCount;
-}
-
-} // namespace
-
-/*
- * The rows are positions in a list that may be shared with the caller (the
- * database's, say): sorting and filtering move integers, never records.
- * Without rows of its own the model shows the whole list in its order.
- */
-class ChipInfoTableModel::Private
-{
-public:
-    QList<ChipInfo> chips;
-    QVector<int> rows;
-    bool wholeList = true;
-    int orderedBy = -1; // the column whose ascending order the rows are known to follow
-    mutable QList<ChipInfo> gathered;
-    mutable bool gatheredValid = false;
-
-    int count() const { return wholeList ? int(chips.size()) : int(rows.size()); }
-    const ChipInfo& at(int row) const { return chips.at(wholeList ? row : rows.at(row)); }
-};
-
 ChipInfoTableModel::ChipInfoTableModel(QObject* parent)
     : QAbstractTableModel(parent)
-    , d(new Private)
+    , d(new pimpl::ChipInfoTableModelPrivate)
 {
 }
 
@@ -55,15 +26,22 @@ void ChipInfoTableModel::setChipInfoList(const QList<ChipInfo>& list)
     endResetModel();
 }
 
-void ChipInfoTableModel::setChipInfoList(const QList<ChipInfo>& list, const QVector<int>& rows, int orderedBy)
+void ChipInfoTableModel::setChipInfoList(const QList<ChipInfo>& list, const QVector<int>& rows)
 {
-    beginResetModel();
-    d->chips = list;
-    d->rows = rows;
-    d->wholeList = false;
-    d->orderedBy = orderedBy;
-    d->gatheredValid = false;
-    endResetModel();
+    pimpl::ChipInfoTableModelPrivate::setOrderedRows(*this, list, rows, -1);
+}
+
+void pimpl::ChipInfoTableModelPrivate::setOrderedRows(ChipInfoTableModel& model, const QList<ChipInfo>& list,
+                                                      const QVector<int>& rows, int orderedBy)
+{
+    model.beginResetModel();
+    ChipInfoTableModelPrivate& d = *model.d;
+    d.chips = list;
+    d.rows = rows;
+    d.wholeList = false;
+    d.orderedBy = orderedBy;
+    d.gatheredValid = false;
+    model.endResetModel();
 }
 
 const QList<ChipInfo>& ChipInfoTableModel::chipInfoList() const
@@ -97,12 +75,7 @@ QModelIndex ChipInfoTableModel::info2index(ChipInfo info)
 
 QString ChipInfoTableModel::columnOfChipInfo(const ChipInfo& info, int column) const
 {
-    // The loader keeps lines that end early, so a record may carry fewer
-    // than nine counts; a missing count is shown like an empty one, as 0.
-    const QString& value = chipColumnValue(info, column);
-    if (value.isEmpty() && column >= FirstResourceColumn && isColumn(column))
-        return QStringLiteral("0");
-    return isColumn(column) ? value : QString();
+    return pimpl::chipCellText(info, column);
 }
 
 int ChipInfoTableModel::rowCount(const QModelIndex& parent) const
@@ -120,9 +93,7 @@ QVariant ChipInfoTableModel::data(const QModelIndex& index, int role) const
     const int column = index.column();
     switch (role) {
     case Qt::TextAlignmentRole:
-        if (!isColumn(column))
-            return QVariant();
-        return chipColumnKind(column) == ColumnKind::Text ? LeftAligned : RightAligned;
+        return pimpl::isChipColumn(column) ? QVariant(pimpl::chipColumnAlignment(column)) : QVariant();
     case Qt::DisplayRole: {
         const int row = index.row();
         if (row < 0 || row >= d->count())
@@ -136,7 +107,7 @@ QVariant ChipInfoTableModel::data(const QModelIndex& index, int role) const
 
 QVariant ChipInfoTableModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || !isColumn(section))
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || !pimpl::isChipColumn(section))
         return QVariant();
     return chipColumnHeader(section);
 }
@@ -152,7 +123,7 @@ void ChipInfoTableModel::sort(int column, Qt::SortOrder order)
 {
     beginResetModel();
     const bool known = order == Qt::AscendingOrder && column == d->orderedBy;
-    if (!known && isColumn(column) && d->count() > 1) {
+    if (!known && pimpl::isChipColumn(column) && d->count() > 1) {
         if (d->wholeList) {
             d->rows.resize(d->chips.size());
             for (int i = 0; i < d->rows.size(); ++i)

@@ -16,6 +16,10 @@
 
 namespace DEV {
 
+namespace pimpl {
+class ChipInfoTableModelPrivate;
+}
+
 /**
  * @brief Read-only table of chips: one row per ChipInfo, sixteen fixed columns.
  *
@@ -75,14 +79,8 @@ public:
      * Shows the chips of @p list at the positions @p rows, in that order,
      * without copying a record: a search's result (filterRows()) over a list
      * held elsewhere costs one integer a row. Announced as one model reset.
-     *
-     * When the caller knows that @p rows already follow the ascending order
-     * of a column, it passes that column as @p orderedBy, and a sort() by it
-     * in ascending order then moves nothing without reading a cell (it is
-     * still announced as a reset). Passing a column the rows do not follow
-     * leaves them shown out of order until another sort.
      */
-    void setChipInfoList(const QList<ChipInfo>& list, const QVector<int>& rows, int orderedBy = -1);
+    void setChipInfoList(const QList<ChipInfo>& list, const QVector<int>& rows);
 
     /// The records in row order: the list last set, as sort() has left it.
     /// After a list was set with rows, the records are gathered on first call.
@@ -153,8 +151,8 @@ public:
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
 private:
-    class Private;
-    std::unique_ptr<Private> d;
+    friend class pimpl::ChipInfoTableModelPrivate;
+    std::unique_ptr<pimpl::ChipInfoTableModelPrivate> const d;
 };
 
 } // namespace DEV

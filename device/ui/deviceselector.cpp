@@ -3,7 +3,7 @@
 
 #include "chipcolumns.h"
 #include "chipfilter.h"
-#include "chipinfotablemodel.h"
+#include "chipinfotablemodel_p.h"
 #include "chipsearch.h"
 #include "devicedb.h"
 #include "deviceselector_p.h"
@@ -316,7 +316,8 @@ void DeviceSelector::filter()
     }
 
     updateBase();
-    model->setChipInfoList(d->all, d->baseIsAll ? d->order : d->inTableOrder(d->base), int(ChipColumn::PartNumber));
+    pimpl::ChipInfoTableModelPrivate::setOrderedRows(*model, d->all, d->baseIsAll ? d->order : d->inTableOrder(d->base),
+                                                     int(ChipColumn::PartNumber));
     ui->tableView->scrollToTop();
     // Whatever was chosen is gone with the old list.
     Q_EMIT selectedDeviceChanged(DeviceArg());
@@ -376,7 +377,7 @@ void DeviceSelector::filterBySearch()
         steps.push_back({search, hits});
     }
     const QVector<int>& hits = steps.back().hits;
-    model->setChipInfoList(d->all, d->inTableOrder(hits), int(ChipColumn::PartNumber));
+    pimpl::ChipInfoTableModelPrivate::setOrderedRows(*model, d->all, d->inTableOrder(hits), int(ChipColumn::PartNumber));
     ui->tableView->scrollToTop();
     ui->matchCountLabel->setText(tr("(%1 matches)").arg(hits.size()));
     Q_EMIT selectedDeviceChanged(DeviceArg());

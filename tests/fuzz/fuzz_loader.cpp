@@ -1,36 +1,74 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// libFuzzer target: arbitrary bytes as a device data file. The database must load without crashing, leaking or
-// tripping a sanitizer, order its records newest version first, and find every record again by its own keys.
+// libFuzzer target: arbitrary bytes as a device data file, read with a tuning taken from the input's first byte (one
+// part to seven, every threshold at zero or at its largest, blocks of one byte to five or of the default size). The
+// database must load without crashing, leaking or tripping a sanitizer, give the records, the report and the
+// messages of the plain loader, and find every record again by its own keys.
 
 #include "devicedb.h"
+#include "devicedb_p.h"
+#include "tuning_p.h"
 
 #include <QFile>
+#include <QStringList>
 #include <QTemporaryDir>
 
 #include <cstdlib>
+#include <limits>
+#include <utility>
+
+namespace {
+
+QStringList messages;
+
+QStringList texts(const QList<DEV::ChipInfo>& chips)
+{
+    QStringList out;
+    for (const DEV::ChipInfo& c : chips)
+        out << (QStringList{c.deviceId, c.partNumber, c.series, c.matchKey, c.device, c.deviceVersion, c.package,
+                            c.voltage, c.speed, c.auxiliary} + c.resources).join(QChar(0x1e));
+    return out;
+}
+
+} // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    // Malformed lines are reported on every run; printing them only slows fuzzing down.
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        if (type == QtCriticalMsg)
+            messages << text;
+    });
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
+    if (size == 0)
+        return 0;
+    DEV::pimpl::Tuning& tuning = DEV::pimpl::tuning();
+    tuning = DEV::pimpl::Tuning();
+    tuning.parts = 1 + data[0] % 7;
+    tuning.loadParallelFrom = data[0] & 0x08 ? 0 : std::numeric_limits<qint64>::max();
+    if (data[0] & 0x70)
+        tuning.loadBlockBytes = 1 + (data[0] >> 4) % 5;
+    const QByteArray bytes(reinterpret_cast<const char*>(data) + 1, int(size) - 1);
     static QTemporaryDir dir;
     QFile f(dir.filePath(QStringLiteral("device_info.csv")));
-    if (!f.open(QIODevice::WriteOnly) || f.write(reinterpret_cast<const char*>(data), qint64(size)) != qint64(size))
+    if (!f.open(QIODevice::WriteOnly) || f.write(bytes) != bytes.size())
         std::abort();
     f.close();
+
+    messages.clear();
+    QList<DEV::ChipInfo> plain;
+    const DEV::DeviceDb::LoadReport expected = DEV::pimpl::readPlainly(bytes, plain);
+    const QStringList expectedMessages = std::exchange(messages, QStringList());
     DEV::DeviceDb db(f.fileName());
     const QList<DEV::ChipInfo> chips = db.allChipInfo();
-    if (db.allDevice().size() != chips.size())
+    const DEV::DeviceDb::LoadReport report = db.loadReport();
+    if (texts(chips) != texts(plain) || messages != expectedMessages || report.chips != expected.chips
+        || report.skippedLines != expected.skippedLines || report.firstSkippedLine != expected.firstSkippedLine
+        || db.allDevice().size() != chips.size())
         std::abort();
-    for (int i = 0; i < chips.size(); ++i) {
-        const DEV::ChipInfo& chip = chips.at(i);
-        if (i > 0 && chips.at(i - 1).deviceVersion.compare(chip.deviceVersion) < 0)
-            std::abort();
+    for (const DEV::ChipInfo& chip : chips) {
         if ((!chip.deviceId.startsWith(QLatin1String("zr9k31-")) && db.findByID(chip.deviceId).deviceId != chip.deviceId)
             || db.findByPN(chip.partNumber).isEmpty() || db.find(chip.partNumber, chip.matchKey).partNumber != chip.partNumber)
             std::abort();

@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // libFuzzer target: the chip table model under random sequences of new lists (whole, or chosen rows of a list, said
-// to follow a column's order when they do), sorts and look-ups. Nothing may crash, Qt's model checks must hold, and
+// to follow a column's order when they do), sorts and look-ups, with a sort tuning taken from the input
+// (one part to seven, each threshold at zero or at its largest). Nothing may crash, Qt's model checks must hold, and
 // the rows must always be those of the plain stable sort of the rows set, one sort after the other.
 
-#include "chipinfotablemodel.h"
+#include "chipcolumns_p.h"
+#include "chipinfotablemodel_p.h"
 #include "reference/reference.h"
+#include "tuning_p.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <QAbstractItemModelTester>
 
+#include <climits>
 #include <cstdlib>
 #include <numeric>
 
@@ -17,6 +21,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     FuzzedDataProvider in(data, size);
     const auto choose = [&in](int n) { return in.ConsumeIntegralInRange<int>(0, n - 1); };
+    DEV::pimpl::Tuning& tuning = DEV::pimpl::tuning();
+    const int setting = choose(256);
+    tuning.parts = 1 + setting % 7;
+    tuning.sortParallelFrom = setting & 0x08 ? 0 : INT_MAX;
+    tuning.sortWideDigitsFrom = setting & 0x10 ? 0 : setting & 0x20 ? INT_MAX : DEV::pimpl::Tuning().sortWideDigitsFrom;
     DEV::ChipInfoTableModel model;
     // The tester reports an inconsistent model as a warning; nothing else warns here.
     qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString&) {
@@ -45,13 +54,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
                     rows.insert(choose(int(rows.size()) + 1), k);
             }
             const int orderedBy = choose(18) - 1;
-            rows = Reference::sortedRows(held, rows, orderedBy, true);
-            model.setChipInfoList(held, rows, orderedBy);
+            rows = DEV::pimpl::plainSortedRows(held, rows, orderedBy, Qt::AscendingOrder);
+            if (orderedBy < 0 || choose(2))
+                model.setChipInfoList(held, rows);
+            else
+                DEV::pimpl::ChipInfoTableModelPrivate::setOrderedRows(model, held, rows, orderedBy);
         } else if (action == 1) {
             const int column = choose(20) - 2;
             const bool ascending = choose(2) == 1;
             model.sort(column, ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
-            rows = Reference::sortedRows(held, rows, column, ascending);
+            rows = DEV::pimpl::plainSortedRows(held, rows, column, ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
             if (model.rowCount() != rows.size() || model.chipInfoList().size() != rows.size())
                 std::abort();
             for (int row = 0; row < rows.size(); ++row) {

@@ -60,7 +60,7 @@ inline QList<DEV::ChipInfo> loadDataFile(const QString& fileName, int* firstMalf
         info.resources = parts.mid(10);
         chips.append(info);
     }
-    std::sort(chips.begin(), chips.end(), [](const DEV::ChipInfo& a, const DEV::ChipInfo& b) {
+    std::stable_sort(chips.begin(), chips.end(), [](const DEV::ChipInfo& a, const DEV::ChipInfo& b) {
         return a.deviceVersion.compare(b.deviceVersion, Qt::CaseSensitive) > 0;
     });
     return chips;
