@@ -65,6 +65,12 @@ struct Tuning
     /// chip's texts first would not pay.
     int foldFrom = 64;
 
+    /// Chips folded at a time (foldedindex_p.h): a window's text, some 50
+    /// bytes a chip, is still in the core's cache when it is scanned, and a
+    /// search prepared once keeps its windows, whose few vectors each cost
+    /// less than a byte a chip at this length.
+    int foldWindow = 1024;
+
     /// Catalogues this long are worth a thread for the selector's own first
     /// work (the boxes' values, the table's first order, the prepared search).
     int selectorParallelFrom = 65536;

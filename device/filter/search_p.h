@@ -23,30 +23,21 @@
 namespace DEV {
 namespace pimpl {
 
-// Equal texts. Neighbours' shared values lie at one place, which settles it
-// at once; the contents decide otherwise.
-inline bool sameText(const QString& a, const QString& b)
-{
-    return a.size() == b.size() && (a.constData() == b.constData() || a == b);
-}
+/// The pattern of @p filter as folded text (foldedindex_p.h), or empty when
+/// folded text cannot answer the search: only a pattern anywhere in any
+/// value of the "All" group, either letter case, is a matter of the text
+/// alone, and neither the empty pattern nor "0", which find empty values.
+QByteArray foldedNeedle(const ChipFilterBySearch& filter);
 
 using ChipAt = std::function<const ChipInfo&(int)>;
 
-/// Sets verdicts[k] for k in [0, n) to whether chipAt(k) matches @p filter
-/// as matchFilter() decides: the definition, which every faster way must
-/// agree with.
-void decidePlainly(int n, const ChipAt& chipAt, const ChipFilterBySearch& filter, std::vector<char>& verdicts);
+/// Decides each verdicts[i] that is Undecided (foldedindex_p.h) as
+/// matchFilter() decides chipAt(i) with @p filter.
+void decideUndecided(const ChipFilterBySearch& filter, const ChipAt& chipAt, std::vector<char>& verdicts);
 
-/// The pattern of @p filter folded as prepared texts are, or empty when such
-/// a text cannot answer the search (see ChipSearch).
-QByteArray foldedNeedle(const ChipFilterBySearch& filter);
-
-/// The positions in @p chips of those that hold @p needle (from
-/// foldedNeedle()), each chip folded as it is reached.
-QVector<int> foldedRows(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter, const QByteArray& needle);
-
-/// The positions k where @p verdicts[k] is set, ascending.
-QVector<int> rowsOf(const std::vector<char>& verdicts);
+/// The positions i where verdicts[i] is Found, ascending, or the positions
+/// among[i] when @p among is given.
+QVector<int> rowsOf(const std::vector<char>& verdicts, const QVector<int>* among = nullptr);
 
 /// The chips of @p chips at @p rows, in that order; @p chips itself, copying
 /// no record, when the rows are all of its positions.

@@ -2,7 +2,9 @@
 #include "chipfilter.h"
 
 #include "chipcolumns.h"
+#include "chipinfo_p.h"
 #include "devicedb.h"
+#include "foldedindex_p.h"
 #include "parallel_p.h"
 #include "search_p.h"
 #include "tuning_p.h"
@@ -39,10 +41,11 @@ Q_NEVER_INLINE void releaseSearchExpression(std::optional<QRegExp>& expression)
 }
 
 /*
- * What a search matches, value by value: the definition that the folded
- * search must agree with. It holds a QRegExp, whose matching updates
- * internal state even through const calls: keep each matcher local to one
- * thread.
+ * What a search matches: the values of a chip its group names, each tested as
+ * its syntax says, the first match deciding. This is the definition every
+ * faster way must agree with, and it keeps nothing from chip to chip. It
+ * holds a QRegExp, whose matching updates internal state even through const
+ * calls: keep each matcher local to one thread.
  */
 class SearchMatcher
 {
@@ -78,37 +81,29 @@ public:
 
     bool matches(const ChipInfo& chip)
     {
+        return anyValue(chip, [this](size_t, const QString& value) { return decide(value); });
+    }
+
+protected:
+    // Whether decide(place, value) holds for a value the group names, asked
+    // in the group's order up to the first that does.
+    template <typename Decide>
+    bool anyValue(const ChipInfo& chip, Decide decide) const
+    {
         // A missing resource count reads as an empty cell.
         if (m_column >= 0)
-            return decide(chipColumnValue(chip, m_column));
+            return decide(0, chipColumnValue(chip, m_column));
         // "All" leaves out the device version and the speed grade but takes
         // the match key and auxiliary attribute, which the table does not
         // show; the single columns are the way to search the former.
-        size_t at = 0;
+        size_t place = 0;
         for (const QString* value : {&chip.series, &chip.partNumber, &chip.matchKey, &chip.device, &chip.package,
                                      &chip.auxiliary, &chip.voltage}) {
-            if (decideAt(at++, *value))
+            if (decide(place++, *value))
                 return true;
         }
-        return std::any_of(chip.resources.begin(), chip.resources.end(), [this, &at](const QString& count) {
-            return decideAt(at++, count);
-        });
-    }
-
-private:
-    enum class Mode { Expression, Exactly, Anywhere, Nothing };
-
-    // Neighbours in a catalogue share most values, and an expression takes a
-    // while: the verdict on the value a place held in the chip before serves
-    // while the place holds an equal value. The records outlive the matcher.
-    bool decideAt(size_t at, const QString& v)
-    {
-        if (at >= m_last.size())
-            m_last.resize(at + 1);
-        std::pair<const QString*, bool>& last = m_last[at];
-        if (!last.first || !pimpl::sameText(v, *last.first))
-            last = {&v, decide(v)};
-        return last.second;
+        return std::any_of(chip.resources.begin(), chip.resources.end(),
+                           [&](const QString& count) { return decide(place++, count); });
     }
 
     // The chip table shows an empty count as "0", so a search for "0" also
@@ -130,23 +125,66 @@ private:
         return false;
     }
 
+private:
+    enum class Mode { Expression, Exactly, Anywhere, Nothing };
+
     const int m_column; // -1 for all columns
     const Qt::CaseSensitivity m_cs;
     const QString m_pattern;
     const bool m_emptyCellRule;
     Mode m_mode = Mode::Anywhere;
     std::optional<QRegExp> m_regExp;
+};
+
+/*
+ * The matcher's fast twin for a list of chips. Neighbours in a catalogue
+ * share most values, and an expression takes a while: each place keeps the
+ * verdict on the value it held in the chip before, which serves while it
+ * holds an equal value. The records outlive the matcher.
+ */
+class RunMatcher : public SearchMatcher
+{
+public:
+    using SearchMatcher::SearchMatcher;
+
+    bool matches(const ChipInfo& chip)
+    {
+        return anyValue(chip, [this](size_t place, const QString& value) {
+            if (place >= m_last.size())
+                m_last.resize(place + 1);
+            std::pair<const QString*, bool>& last = m_last[place];
+            if (!last.first || !pimpl::sameText(value, *last.first))
+                last = {&value, decide(value)};
+            return last.second;
+        });
+    }
+
+private:
     std::vector<std::pair<const QString*, bool>> m_last;
 };
 
 } // namespace
 
-void pimpl::decidePlainly(int n, const ChipAt& chipAt, const ChipFilterBySearch& filter, std::vector<char>& verdicts)
+QByteArray pimpl::foldedNeedle(const ChipFilterBySearch& filter)
 {
-    inParts(n, tuning().searchParallelFrom, [&](int from, int to) {
-        SearchMatcher matcher(filter);
-        for (int k = from; k < to; ++k)
-            verdicts[size_t(k)] = matcher.matches(chipAt(k)) ? 1 : 0;
+    const bool anywhere = filter.patternSyntax < 0 || filter.patternSyntax > 2;
+    if (!anywhere || filter.caseSensitive || searchGroupColumn(filter.group) != -1
+        || filter.pattern == QLatin1String("0"))
+        return QByteArray();
+    return foldedPattern(filter.pattern);
+}
+
+void pimpl::decideUndecided(const ChipFilterBySearch& filter, const ChipAt& chipAt, std::vector<char>& verdicts)
+{
+    std::vector<int> open;
+    for (size_t i = 0; i < verdicts.size(); ++i) {
+        if (verdicts[i] == Undecided)
+            open.push_back(int(i));
+    }
+    inParts(qint64(open.size()), tuning().searchParallelFrom, [&](int from, int to) {
+        RunMatcher matcher(filter);
+        for (int i = from; i < to; ++i)
+            verdicts[size_t(open[size_t(i)])] = matcher.matches(chipAt(open[size_t(i)])) ? Found : Missed;
     });
 }
 
@@ -160,13 +198,13 @@ QList<ChipInfo> DeviceDb::filterChips(const ChipFilterBySearch& filter, const QL
     return DEV::filterChips(chips, filter);
 }
 
-QVector<int> pimpl::rowsOf(const std::vector<char>& verdicts)
+QVector<int> pimpl::rowsOf(const std::vector<char>& verdicts, const QVector<int>* among)
 {
     QVector<int> rows;
-    rows.reserve(int(std::count(verdicts.begin(), verdicts.end(), 1)));
+    rows.reserve(int(std::count(verdicts.begin(), verdicts.end(), Found)));
     for (size_t i = 0; i < verdicts.size(); ++i) {
-        if (verdicts[i])
-            rows.append(int(i));
+        if (verdicts[i] == Found)
+            rows.append(among ? among->at(int(i)) : int(i));
     }
     return rows;
 }
@@ -186,12 +224,11 @@ QList<ChipInfo> pimpl::chipsAt(const QList<ChipInfo>& chips, const QVector<int>&
 
 QVector<int> filterRows(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter)
 {
+    std::vector<char> verdicts(size_t(chips.size()), pimpl::Undecided);
     const QByteArray needle = chips.size() >= pimpl::tuning().foldFrom ? pimpl::foldedNeedle(filter) : QByteArray();
     if (!needle.isEmpty())
-        return pimpl::foldedRows(chips, filter, needle);
-    std::vector<char> verdicts(size_t(chips.size()), 0);
-    pimpl::decidePlainly(int(chips.size()), [&chips](int k) -> const ChipInfo& { return chips.at(k); }, filter,
-                         verdicts);
+        pimpl::findFolded(chips, needle, verdicts.data());
+    pimpl::decideUndecided(filter, [&chips](int k) -> const ChipInfo& { return chips.at(k); }, verdicts);
     return pimpl::rowsOf(verdicts);
 }
 
