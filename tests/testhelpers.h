@@ -6,9 +6,11 @@
 // processes.
 
 #include "devicedb.h"
+#include "tuning_p.h"
 
 #include <QtTest>
 
+#include <climits>
 #include <memory>
 
 namespace TestHelpers {
@@ -128,6 +130,37 @@ inline QByteArray generatedCatalogue(const char* shape, int chips)
     if (r.status != 0 || r.out.count('\n') != chips)
         qFatal("scripts/gen-catalogue failed: %s", r.err.constData());
     return r.out;
+}
+
+/// The library's tuning set to another while alive, and the one before restored.
+struct ScopedTuning
+{
+    explicit ScopedTuning(const DEV::pimpl::Tuning& tuning) : m_before(DEV::pimpl::tuning()) { DEV::pimpl::tuning() = tuning; }
+    ~ScopedTuning() { DEV::pimpl::tuning() = m_before; }
+    ScopedTuning(const ScopedTuning&) = delete;
+    ScopedTuning& operator=(const ScopedTuning&) = delete;
+
+private:
+    const DEV::pimpl::Tuning m_before;
+};
+
+/// The defaults and the extremes, named: one part and seven, every threshold at zero and windows of one chip; and
+/// every threshold and window at its largest.
+inline QVector<QPair<QString, DEV::pimpl::Tuning>> tunings()
+{
+    DEV::pimpl::Tuning one, seven, largest;
+    for (DEV::pimpl::Tuning* t : {&one, &seven}) {
+        t->searchParallelFrom = t->sortParallelFrom = t->sortWideDigitsFrom = t->foldFrom = t->selectorParallelFrom = 0;
+        t->loadParallelFrom = 0;
+        t->foldWindow = 1;
+    }
+    one.parts = 1;
+    seven.parts = 7;
+    largest.searchParallelFrom = largest.sortParallelFrom = largest.sortWideDigitsFrom = largest.foldFrom = INT_MAX;
+    largest.selectorParallelFrom = largest.foldWindow = INT_MAX;
+    largest.loadParallelFrom = LLONG_MAX;
+    return {{"default", DEV::pimpl::Tuning()}, {"one part, thresholds 0", one}, {"seven parts, thresholds 0", seven},
+            {"thresholds largest", largest}};
 }
 
 } // namespace TestHelpers
