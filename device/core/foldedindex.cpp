@@ -14,31 +14,38 @@ namespace pimpl {
 namespace {
 
 /*
- * The values a search of all values reads, in two kinds: those that all chips
- * of one device identifier share, which neighbours in a catalogue mostly have
- * in common, and each chip's own. Together they are the "All" group of
+ * The values a search of all values reads, in three kinds: those all chips of
+ * one device identifier share, the match key, which neighbours often share
+ * too, and a chip's own. A kind that neighbours share is folded once for a run
+ * of them (run kind 0 and 1); together the kinds are the "All" group of
  * ChipFilterBySearch, no more and no fewer.
  */
 template <typename Visit>
-void sharedValues(const ChipInfo& chip, Visit visit)
+void runValues(int kind, const ChipInfo& chip, Visit visit)
 {
+    if (kind == 1) {
+        visit(chip.matchKey);
+        return;
+    }
     for (const QString* value : {&chip.series, &chip.device, &chip.package, &chip.auxiliary})
         visit(*value);
     for (const QString& count : chip.resources)
         visit(count);
 }
 
+bool sameRunValues(int kind, const ChipInfo& a, const ChipInfo& b)
+{
+    if (kind == 1)
+        return sameText(a.matchKey, b.matchKey);
+    return sameText(a.series, b.series) && sameText(a.device, b.device) && sameText(a.package, b.package)
+        && sameText(a.auxiliary, b.auxiliary) && a.resources == b.resources;
+}
+
 template <typename Visit>
 void ownValues(const ChipInfo& chip, Visit visit)
 {
-    for (const QString* value : {&chip.partNumber, &chip.matchKey, &chip.voltage})
-        visit(*value);
-}
-
-bool sameSharedValues(const ChipInfo& a, const ChipInfo& b)
-{
-    return sameText(a.series, b.series) && sameText(a.device, b.device) && sameText(a.package, b.package)
-        && sameText(a.auxiliary, b.auxiliary) && a.resources == b.resources;
+    visit(chip.partNumber);
+    visit(chip.voltage);
 }
 
 std::string_view view(const QByteArray& bytes)
@@ -106,27 +113,30 @@ void FoldedWindow::Segments::scan(const QByteArray& needle, size_t from, size_t 
 void FoldedWindow::fold(const QList<ChipInfo>& chips, int from, int to, const QByteArray& needle)
 {
     m_first = from;
-    for (Segments* segments : {&m_shared, &m_own}) {
+    for (Segments* segments : {&m_runs[0], &m_runs[1], &m_own}) {
         segments->text.clear();
         segments->ends.clear();
     }
-    m_runOf.clear();
+    for (std::vector<int>& runOf : m_runOf)
+        runOf.clear();
     m_undecided.clear();
-    bool runAscii = true;
-    bool runHolds = false;
+    bool ascii[RunKinds] = {true, true}, holds[RunKinds] = {false, false};
     for (int k = from; k < to; ++k) {
         const ChipInfo& chip = chips.at(k);
-        if (k == from || !sameSharedValues(chip, chips.at(k - 1))) {
-            runAscii = m_shared.append([&chip](auto visit) { sharedValues(chip, visit); });
-            runHolds = !needle.isEmpty() && m_shared.holds(needle, m_shared.ends.size() - 1);
+        for (int kind = 0; kind < RunKinds; ++kind) {
+            Segments& runs = m_runs[kind];
+            if (k == from || !sameRunValues(kind, chip, chips.at(k - 1))) {
+                ascii[kind] = runs.append([&](auto visit) { runValues(kind, chip, visit); });
+                holds[kind] = !needle.isEmpty() && runs.holds(needle, runs.ends.size() - 1);
+            }
+            m_runOf[kind].push_back(int(runs.ends.size()) - 1);
         }
-        bool ascii = true;
-        if (runHolds)
-            m_own.ends.push_back(quint32(m_own.text.size()));
-        else
-            ascii = m_own.append([&chip](auto visit) { ownValues(chip, visit); });
-        m_runOf.push_back(int(m_shared.ends.size()) - 1);
-        if (!runAscii || !ascii)
+        const bool found = holds[0] || holds[1];
+        const bool ownAscii = m_own.append([&](auto visit) {
+            if (!found)
+                ownValues(chip, visit);
+        });
+        if (!ascii[0] || !ascii[1] || !ownAscii)
             m_undecided.push_back(k);
     }
 }
@@ -134,19 +144,36 @@ void FoldedWindow::fold(const QList<ChipInfo>& chips, int from, int to, const QB
 void FoldedWindow::scan(const QByteArray& needle, int from, int to, char* verdicts) const
 {
     const size_t a = size_t(from - m_first), b = size_t(to - m_first);
+    scanOwn(needle, a, b, scanRuns(needle, a, b, verdicts), verdicts);
+}
+
+// Sets verdicts[i - a] for chip i of the window, i in [a, b), to whether its
+// runs hold the needle, deciding each run once; returns the number Missed.
+size_t FoldedWindow::scanRuns(const QByteArray& needle, size_t a, size_t b, char* verdicts) const
+{
     if (a >= b)
-        return;
-    // The runs first, each once.
-    const size_t firstRun = size_t(m_runOf[a]);
-    std::vector<char> runs(size_t(m_runOf[b - 1]) + 1 - firstRun, Missed);
-    m_shared.scan(needle, firstRun, firstRun + runs.size(), runs.data());
+        return 0;
+    size_t firstRun[RunKinds];
+    std::vector<char> runs[RunKinds];
+    for (int kind = 0; kind < RunKinds; ++kind) {
+        firstRun[kind] = size_t(m_runOf[kind][a]);
+        runs[kind].assign(size_t(m_runOf[kind][b - 1]) + 1 - firstRun[kind], Missed);
+        m_runs[kind].scan(needle, firstRun[kind], firstRun[kind] + runs[kind].size(), runs[kind].data());
+    }
     size_t missed = 0;
     for (size_t i = a; i < b; ++i) {
-        verdicts[i - a] = runs[size_t(m_runOf[i]) - firstRun];
+        verdicts[i - a] = runs[0][size_t(m_runOf[0][i]) - firstRun[0]] | runs[1][size_t(m_runOf[1][i]) - firstRun[1]];
         missed += verdicts[i - a] == Missed ? 1 : 0;
     }
-    // A short pattern is often in the shared values of most chips; then only
-    // the others' own values are read.
+    return missed;
+}
+
+// Adds the own values' verdicts to those of the runs (@p missed of them
+// Missed) and makes the undecided chips' verdicts Undecided.
+void FoldedWindow::scanOwn(const QByteArray& needle, size_t a, size_t b, size_t missed, char* verdicts) const
+{
+    // A short pattern is often in the runs of most chips; then only the
+    // others' own values are read.
     if (missed * 4 > b - a) {
         m_own.scan(needle, a, b, verdicts);
     } else {
@@ -155,28 +182,78 @@ void FoldedWindow::scan(const QByteArray& needle, int from, int to, char* verdic
                 verdicts[i - a] = Found;
         }
     }
-    for (auto k = std::lower_bound(m_undecided.begin(), m_undecided.end(), from); k != m_undecided.end() && *k < to; ++k)
-        verdicts[*k - from] = Undecided;
+    const auto undecided = std::lower_bound(m_undecided.begin(), m_undecided.end(), m_first + int(a));
+    for (auto k = undecided; k != m_undecided.end() && *k < m_first + int(b); ++k)
+        verdicts[size_t(*k - m_first) - a] = Undecided;
 }
 
-Verdict FoldedWindow::verdict(const QByteArray& needle, int k, LastRun& last) const
+Verdict FoldedWindow::verdict(const QByteArray& needle, int k, LastRuns& last) const
 {
     if (std::binary_search(m_undecided.begin(), m_undecided.end(), k))
         return Undecided;
     const size_t i = size_t(k - m_first);
-    if (last.window != this || last.run != m_runOf[i])
-        last = {this, m_runOf[i], m_shared.holds(needle, size_t(m_runOf[i]))};
-    return last.found || m_own.holds(needle, i) ? Found : Missed;
+    if (last.window != this)
+        last = LastRuns{this, {-1, -1}, {false, false}};
+    bool found = false;
+    for (int kind = 0; kind < RunKinds; ++kind) {
+        if (last.run[kind] != m_runOf[kind][i]) {
+            last.run[kind] = m_runOf[kind][i];
+            last.found[kind] = m_runs[kind].holds(needle, size_t(last.run[kind]));
+        }
+        found = found || last.found[kind];
+    }
+    return found || m_own.holds(needle, i) ? Found : Missed;
 }
+
+namespace {
+
+// Whether a chip's series holds a needle, the last series' answer kept.
+class SeriesHolds
+{
+public:
+    explicit SeriesHolds(const QByteArray& needle)
+        : m_needle(needle)
+    {
+    }
+
+    bool operator()(const ChipInfo& chip)
+    {
+        if (!m_last || !sameText(chip.series, *m_last)) {
+            m_last = &chip.series;
+            m_folded.resize(chip.series.size());
+            m_holds = fold(chip.series, m_folded.data()) && find(view(m_folded), view(m_needle)) != NotFound;
+        }
+        return m_holds;
+    }
+
+private:
+    const QByteArray& m_needle;
+    const QString* m_last = nullptr;
+    bool m_holds = false;
+    QByteArray m_folded;
+};
+
+} // namespace
 
 void findFolded(const QList<ChipInfo>& chips, const QByteArray& needle, char* verdicts)
 {
     const int window = std::max(1, tuning().foldWindow);
     inParts(chips.size(), tuning().searchParallelFrom, [&](int from, int to) {
-        FoldedWindow folded;
-        for (int at = from; at < to; at = folded.end()) {
-            folded.fold(chips, at, at + std::min(window, to - at), needle);
-            folded.scan(needle, at, folded.end(), verdicts + at);
+        FoldedWindow folded; // its memory kept from window to window
+        SeriesHolds seriesHolds(needle);
+        for (int at = from; at < to;) {
+            // A series that holds the needle (a typed prefix of part numbers
+            // often is one) settles its chips with nothing else read.
+            int end = at;
+            while (end < to && end - at < window && !seriesHolds(chips.at(end)))
+                ++end;
+            if (end == at) {
+                verdicts[at++] = Found;
+                continue;
+            }
+            folded.fold(chips, at, end, needle);
+            folded.scan(needle, at, end, verdicts + at);
+            at = end;
         }
     });
 }
@@ -228,7 +305,7 @@ void FoldedChips::findAmong(const QByteArray& needle, const QVector<int>& among,
         return;
     }
     inParts(among.size(), tuning().searchParallelFrom, [&](int from, int to) {
-        FoldedWindow::LastRun last;
+        FoldedWindow::LastRuns last;
         size_t w = m_windows.size();
         for (int i = from; i < to; ++i) {
             const int k = among.at(i);

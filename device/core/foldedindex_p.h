@@ -40,10 +40,10 @@ enum Verdict : char { Missed = 0, Found = 1, Undecided = 2 };
 QByteArray foldedPattern(QStringView pattern);
 
 /**
- * The folded text of chips [first(), end()) of a list: for each run of
- * neighbours that share the values all chips of one device identifier have
- * (series, device, package, auxiliary attribute, resources) those values once,
- * and each chip's own (part number, match key, voltage). Each value is
+ * The folded text of chips [first(), end()) of a list: the values that all
+ * chips of one device identifier share (series, device, package, auxiliary
+ * attribute, resources) and the match key, each once for a run of neighbours
+ * with equal ones, and each chip's own (part number, voltage). Each value is
  * followed by a NUL, so that a pattern, which holds none, is found within one
  * value, as searching the values one by one would find it; empty values are
  * left out, as no folded pattern is found in them.
@@ -53,30 +53,32 @@ class FoldedWindow
 public:
     /// Folds chips [@p from, @p to) of @p chips in place of what it held,
     /// keeping its memory for the next window. Folded for the one search of
-    /// @p needle, it leaves out the own values of the chips whose shared
-    /// values hold it, which are found already.
+    /// @p needle, it leaves out the own values of the chips whose runs hold
+    /// it, which are found already.
     void fold(const QList<ChipInfo>& chips, int from, int to, const QByteArray& needle = QByteArray());
-    /// Frees what the text does not use, for a window that is kept.
-    void compact();
 
     int first() const { return m_first; }
-    int end() const { return m_first + int(m_runOf.size()); }
+    int end() const { return m_first + int(m_runOf[0].size()); }
 
     /// Sets verdicts[k - from] for each chip k in [@p from, @p to), which
     /// lies in this window.
     void scan(const QByteArray& needle, int from, int to, char* verdicts) const;
 
-    /// The last run a verdict() call decided, so that neighbours ask once.
-    struct LastRun
+    static constexpr int RunKinds = 2;
+    /// The runs the last verdict() calls decided, so that neighbours ask once.
+    struct LastRuns
     {
         const FoldedWindow* window = nullptr;
-        int run = -1;
-        bool found = false;
+        int run[RunKinds] = {-1, -1};
+        bool found[RunKinds] = {false, false};
     };
     /// The verdict on chip @p k of this window.
-    Verdict verdict(const QByteArray& needle, int k, LastRun& last) const;
+    Verdict verdict(const QByteArray& needle, int k, LastRuns& last) const;
 
 private:
+    size_t scanRuns(const QByteArray& needle, size_t a, size_t b, char* verdicts) const;
+    void scanOwn(const QByteArray& needle, size_t a, size_t b, size_t missed, char* verdicts) const;
+
     struct Segments
     {
         std::vector<char> text;
@@ -90,10 +92,10 @@ private:
     };
 
     int m_first = 0;
-    Segments m_shared; // a segment per run
-    Segments m_own;    // a segment per chip
-    std::vector<int> m_runOf;     // per chip: its run
-    std::vector<int> m_undecided; // ascending
+    Segments m_runs[RunKinds];          // a segment per run
+    std::vector<int> m_runOf[RunKinds]; // per chip: its run
+    Segments m_own;                     // a segment per chip
+    std::vector<int> m_undecided;       // ascending
 };
 
 /// Verdicts on every chip of @p chips (verdicts[k] for chip k) for the folded

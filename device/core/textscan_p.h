@@ -84,9 +84,11 @@ inline bool plainFold(QStringView value, char* out)
 }
 
 /// plainFold(), eight units at a time: capitals are the units 0 to 25 above
-/// 'A' (compared without sign), and get 32 added.
+/// 'A' (compared without sign), and get 32 added. The last few units of a
+/// longer value are its last eight, folded again.
 inline bool fold(QStringView value, char* out)
 {
+    const qsizetype n = value.size();
     qsizetype i = 0;
     bool ascii = true;
 #if defined(__SSE2__)
@@ -95,12 +97,18 @@ inline bool fold(QStringView value, char* out)
     const __m128i letters = _mm_set1_epi16(short(26 ^ 0x8000));
     const __m128i lower = _mm_set1_epi16(32);
     __m128i all = _mm_setzero_si128();
-    for (; i + 8 <= value.size(); i += 8) {
-        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(value.utf16() + i));
+    const auto eight = [&](qsizetype at) {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(value.utf16() + at));
         all = _mm_or_si128(all, v);
         const __m128i capital = _mm_cmplt_epi16(_mm_xor_si128(_mm_sub_epi16(v, a), sign), letters);
         v = _mm_add_epi16(v, _mm_and_si128(capital, lower));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i), _mm_packus_epi16(v, v));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + at), _mm_packus_epi16(v, v));
+    };
+    for (; i + 8 <= n; i += 8)
+        eight(i);
+    if (i < n && n >= 8) {
+        eight(n - 8);
+        i = n;
     }
     ascii = _mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(all, _mm_set1_epi16(short(0xFF80))), _mm_setzero_si128()))
         == 0xFFFF;

@@ -177,10 +177,8 @@ QByteArray pimpl::foldedNeedle(const ChipFilterBySearch& filter)
 void pimpl::decideUndecided(const ChipFilterBySearch& filter, const ChipAt& chipAt, std::vector<char>& verdicts)
 {
     std::vector<int> open;
-    for (size_t i = 0; i < verdicts.size(); ++i) {
-        if (verdicts[i] == Undecided)
-            open.push_back(int(i));
-    }
+    for (auto at = verdicts.begin(); (at = std::find(at, verdicts.end(), Undecided)) != verdicts.end(); ++at)
+        open.push_back(int(at - verdicts.begin()));
     inParts(qint64(open.size()), tuning().searchParallelFrom, [&](int from, int to) {
         RunMatcher matcher(filter);
         for (int i = from; i < to; ++i)
