@@ -205,54 +205,34 @@ Verdict FoldedWindow::verdict(const QByteArray& needle, int k, LastRuns& last) c
     return found || m_own.holds(needle, i) ? Found : Missed;
 }
 
-namespace {
-
-// Whether a chip's series holds a needle, the last series' answer kept.
-class SeriesHolds
-{
-public:
-    explicit SeriesHolds(const QByteArray& needle)
-        : m_needle(needle)
-    {
-    }
-
-    bool operator()(const ChipInfo& chip)
-    {
-        if (!m_last || !sameText(chip.series, *m_last)) {
-            m_last = &chip.series;
-            m_folded.resize(chip.series.size());
-            m_holds = fold(chip.series, m_folded.data()) && find(view(m_folded), view(m_needle)) != NotFound;
-        }
-        return m_holds;
-    }
-
-private:
-    const QByteArray& m_needle;
-    const QString* m_last = nullptr;
-    bool m_holds = false;
-    QByteArray m_folded;
-};
-
-} // namespace
-
 void findFolded(const QList<ChipInfo>& chips, const QByteArray& needle, char* verdicts)
 {
     const int window = std::max(1, tuning().foldWindow);
     inParts(chips.size(), tuning().searchParallelFrom, [&](int from, int to) {
-        FoldedWindow folded; // its memory kept from window to window
-        SeriesHolds seriesHolds(needle);
+        // A series that holds the needle (a typed prefix of part numbers
+        // often is one) settles its chips with nothing else read.
+        const QString* series = nullptr;
+        bool seriesHolds = false;
+        QByteArray folded;
+        const auto settled = [&](const ChipInfo& chip) {
+            if (!series || !sameText(chip.series, *series)) {
+                series = &chip.series;
+                folded.resize(series->size());
+                seriesHolds = fold(*series, folded.data()) && find(view(folded), view(needle)) != NotFound;
+            }
+            return seriesHolds;
+        };
+        FoldedWindow unsettled; // its memory kept from window to window
         for (int at = from; at < to;) {
-            // A series that holds the needle (a typed prefix of part numbers
-            // often is one) settles its chips with nothing else read.
             int end = at;
-            while (end < to && end - at < window && !seriesHolds(chips.at(end)))
+            while (end < to && end - at < window && !settled(chips.at(end)))
                 ++end;
             if (end == at) {
                 verdicts[at++] = Found;
                 continue;
             }
-            folded.fold(chips, at, end, needle);
-            folded.scan(needle, at, end, verdicts + at);
+            unsettled.fold(chips, at, end, needle);
+            unsettled.scan(needle, at, end, verdicts + at);
             at = end;
         }
     });

@@ -27,8 +27,8 @@ namespace pimpl {
  * chip that a search of all values reads, either letter case. The chips'
  * values are folded (textscan_p.h) a window of neighbours at a time and the
  * folded text is scanned. A chip with a unit beyond U+007F in those values is
- * left Undecided, as are all chips when the pattern cannot be folded: the
- * caller decides those its own plain way.
+ * left Undecided: the caller decides it its own plain way, as it decides
+ * every chip for a pattern that cannot be folded.
  */
 
 /// What a folded search says of one chip.

@@ -20,8 +20,6 @@ class ChipSearchPrivate
 public:
     QList<ChipInfo> chips;
     std::shared_ptr<const FoldedChips> folded; // shared by copies
-
-    const ChipInfo& at(int k) const { return chips.at(k); }
 };
 
 } // namespace pimpl
@@ -56,12 +54,8 @@ QList<ChipInfo> ChipSearch::chips() const
 
 QVector<int> ChipSearch::filterRows(const ChipFilterBySearch& filter) const
 {
-    std::vector<char> verdicts(size_t(d->chips.size()), pimpl::Undecided);
-    const QByteArray needle = pimpl::foldedNeedle(filter);
-    if (!needle.isEmpty())
-        d->folded->find(needle, verdicts.data());
-    pimpl::decideUndecided(filter, [this](int k) -> const ChipInfo& { return d->at(k); }, verdicts);
-    return pimpl::rowsOf(verdicts);
+    return pimpl::searchRows(filter, int(d->chips.size()), [this](int k) -> const ChipInfo& { return d->chips.at(k); },
+                             [this](const QByteArray& needle, char* verdicts) { d->folded->find(needle, verdicts); });
 }
 
 QVector<int> ChipSearch::filterRows(const ChipFilterBySearch& filter, const QVector<int>& among) const
@@ -78,12 +72,12 @@ QVector<int> ChipSearch::filterRows(const ChipFilterBySearch& filter, const QVec
     if (candidates.size() == size
         && std::adjacent_find(candidates.begin(), candidates.end(), std::greater_equal<int>()) == candidates.end())
         return filterRows(filter);
-    std::vector<char> verdicts(size_t(candidates.size()), pimpl::Undecided);
-    const QByteArray needle = pimpl::foldedNeedle(filter);
-    if (!needle.isEmpty())
-        d->folded->findAmong(needle, candidates, verdicts.data());
-    pimpl::decideUndecided(filter, [&](int i) -> const ChipInfo& { return d->at(candidates.at(i)); }, verdicts);
-    return pimpl::rowsOf(verdicts, &candidates);
+    QVector<int> rows = pimpl::searchRows(
+        filter, int(candidates.size()), [&](int i) -> const ChipInfo& { return d->chips.at(candidates.at(i)); },
+        [&](const QByteArray& needle, char* verdicts) { d->folded->findAmong(needle, candidates, verdicts); });
+    for (int& row : rows)
+        row = candidates.at(row);
+    return rows;
 }
 
 QList<ChipInfo> ChipSearch::filterChips(const ChipFilterBySearch& filter) const

@@ -18,26 +18,19 @@
 #include <QVector>
 
 #include <functional>
-#include <vector>
 
 namespace DEV {
 namespace pimpl {
 
-/// The pattern of @p filter as folded text (foldedindex_p.h), or empty when
-/// folded text cannot answer the search: only a pattern anywhere in any
-/// value of the "All" group, either letter case, is a matter of the text
-/// alone, and neither the empty pattern nor "0", which find empty values.
-QByteArray foldedNeedle(const ChipFilterBySearch& filter);
-
 using ChipAt = std::function<const ChipInfo&(int)>;
+/// Sets the verdicts (foldedindex_p.h) that folded text gives for a folded
+/// pattern.
+using FoldedFind = std::function<void(const QByteArray& needle, char* verdicts)>;
 
-/// Decides each verdicts[i] that is Undecided (foldedindex_p.h) as
-/// matchFilter() decides chipAt(i) with @p filter.
-void decideUndecided(const ChipFilterBySearch& filter, const ChipAt& chipAt, std::vector<char>& verdicts);
-
-/// The positions i where verdicts[i] is Found, ascending, or the positions
-/// among[i] when @p among is given.
-QVector<int> rowsOf(const std::vector<char>& verdicts, const QVector<int>* among = nullptr);
+/// The positions i in [0, @p n), ascending, whose chip chipAt(i) matches
+/// @p filter: what @p foldedFind finds where folded text can answer, and the
+/// rest as the plain matcher decides.
+QVector<int> searchRows(const ChipFilterBySearch& filter, int n, const ChipAt& chipAt, const FoldedFind& foldedFind);
 
 /// The chips of @p chips at @p rows, in that order; @p chips itself, copying
 /// no record, when the rows are all of its positions.

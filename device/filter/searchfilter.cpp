@@ -51,28 +51,16 @@ class SearchMatcher
 {
 public:
     explicit SearchMatcher(const ChipFilterBySearch& filter)
-        : m_column(searchGroupColumn(filter.group))
+        : m_filter(filter)
+        , m_column(searchGroupColumn(filter.group))
         , m_cs(filter.caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive)
-        , m_pattern(filter.pattern)
         , m_emptyCellRule(filter.pattern == QLatin1String("0"))
     {
-        switch (filter.patternSyntax) {
-        case 0:
-        case 1:
-            // A half-typed expression such as "(" is normal while the user
-            // types; it simply finds nothing.
-            m_mode = compileSearchExpression(m_regExp, m_pattern, m_cs,
-                                             filter.patternSyntax == 0 ? QRegExp::WildcardUnix : QRegExp::RegExp)
-                ? Mode::Expression
-                : Mode::Nothing;
-            break;
-        case 2:
-            m_mode = Mode::Exactly;
-            break;
-        default:
-            m_mode = Mode::Anywhere;
-            break;
-        }
+        // A half-typed expression such as "(" is normal while the user
+        // types; it simply finds nothing.
+        if (filter.patternSyntax == 0 || filter.patternSyntax == 1)
+            m_valid = compileSearchExpression(m_regExp, filter.pattern, m_cs,
+                                              filter.patternSyntax == 0 ? QRegExp::WildcardUnix : QRegExp::RegExp);
     }
 
     ~SearchMatcher() { releaseSearchExpression(m_regExp); }
@@ -112,27 +100,19 @@ protected:
     {
         if (m_emptyCellRule && v.isEmpty())
             return true;
-        switch (m_mode) {
-        case Mode::Expression:
-            return m_regExp->exactMatch(v);
-        case Mode::Exactly:
-            return m_pattern.compare(v, m_cs) == 0;
-        case Mode::Anywhere:
-            return v.contains(m_pattern, m_cs);
-        case Mode::Nothing:
-            break;
-        }
-        return false;
+        if (m_regExp)
+            return m_valid && m_regExp->exactMatch(v);
+        if (m_filter.patternSyntax == 2)
+            return m_filter.pattern.compare(v, m_cs) == 0;
+        return v.contains(m_filter.pattern, m_cs);
     }
 
 private:
-    enum class Mode { Expression, Exactly, Anywhere, Nothing };
-
+    const ChipFilterBySearch m_filter;
     const int m_column; // -1 for all columns
     const Qt::CaseSensitivity m_cs;
-    const QString m_pattern;
     const bool m_emptyCellRule;
-    Mode m_mode = Mode::Anywhere;
+    bool m_valid = false;
     std::optional<QRegExp> m_regExp;
 };
 
@@ -163,19 +143,28 @@ private:
     std::vector<std::pair<const QString*, bool>> m_last;
 };
 
-} // namespace
-
-QByteArray pimpl::foldedNeedle(const ChipFilterBySearch& filter)
+// The pattern of @p filter as folded text, or empty when folded text cannot
+// answer the search: only a pattern anywhere in any value of the "All" group,
+// either letter case, is a matter of the text alone, and neither the empty
+// pattern nor "0", which find empty values.
+QByteArray foldedNeedle(const ChipFilterBySearch& filter)
 {
     const bool anywhere = filter.patternSyntax < 0 || filter.patternSyntax > 2;
     if (!anywhere || filter.caseSensitive || searchGroupColumn(filter.group) != -1
         || filter.pattern == QLatin1String("0"))
         return QByteArray();
-    return foldedPattern(filter.pattern);
+    return pimpl::foldedPattern(filter.pattern);
 }
 
-void pimpl::decideUndecided(const ChipFilterBySearch& filter, const ChipAt& chipAt, std::vector<char>& verdicts)
+} // namespace
+
+QVector<int> pimpl::searchRows(const ChipFilterBySearch& filter, int n, const ChipAt& chipAt,
+                               const FoldedFind& foldedFind)
 {
+    std::vector<char> verdicts(size_t(n), Undecided);
+    const QByteArray needle = foldedFind ? foldedNeedle(filter) : QByteArray();
+    if (!needle.isEmpty())
+        foldedFind(needle, verdicts.data());
     std::vector<int> open;
     for (auto at = verdicts.begin(); (at = std::find(at, verdicts.end(), Undecided)) != verdicts.end(); ++at)
         open.push_back(int(at - verdicts.begin()));
@@ -184,25 +173,11 @@ void pimpl::decideUndecided(const ChipFilterBySearch& filter, const ChipAt& chip
         for (int i = from; i < to; ++i)
             verdicts[size_t(open[size_t(i)])] = matcher.matches(chipAt(open[size_t(i)])) ? Found : Missed;
     });
-}
-
-bool matchFilter(const ChipInfo& info, const ChipFilterBySearch& filter)
-{
-    return SearchMatcher(filter).matches(info);
-}
-
-QList<ChipInfo> DeviceDb::filterChips(const ChipFilterBySearch& filter, const QList<ChipInfo>& chips) const
-{
-    return DEV::filterChips(chips, filter);
-}
-
-QVector<int> pimpl::rowsOf(const std::vector<char>& verdicts, const QVector<int>* among)
-{
     QVector<int> rows;
     rows.reserve(int(std::count(verdicts.begin(), verdicts.end(), Found)));
-    for (size_t i = 0; i < verdicts.size(); ++i) {
-        if (verdicts[i] == Found)
-            rows.append(among ? among->at(int(i)) : int(i));
+    for (int i = 0; i < n; ++i) {
+        if (verdicts[size_t(i)] == Found)
+            rows.append(i);
     }
     return rows;
 }
@@ -220,19 +195,28 @@ QList<ChipInfo> pimpl::chipsAt(const QList<ChipInfo>& chips, const QVector<int>&
     return result;
 }
 
+bool matchFilter(const ChipInfo& info, const ChipFilterBySearch& filter)
+{
+    return SearchMatcher(filter).matches(info);
+}
+
 QVector<int> filterRows(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter)
 {
-    std::vector<char> verdicts(size_t(chips.size()), pimpl::Undecided);
-    const QByteArray needle = chips.size() >= pimpl::tuning().foldFrom ? pimpl::foldedNeedle(filter) : QByteArray();
-    if (!needle.isEmpty())
-        pimpl::findFolded(chips, needle, verdicts.data());
-    pimpl::decideUndecided(filter, [&chips](int k) -> const ChipInfo& { return chips.at(k); }, verdicts);
-    return pimpl::rowsOf(verdicts);
+    pimpl::FoldedFind folded;
+    if (chips.size() >= pimpl::tuning().foldFrom)
+        folded = [&chips](const QByteArray& needle, char* verdicts) { pimpl::findFolded(chips, needle, verdicts); };
+    return pimpl::searchRows(filter, int(chips.size()), [&chips](int k) -> const ChipInfo& { return chips.at(k); },
+                             folded);
 }
 
 QList<ChipInfo> filterChips(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter)
 {
     return pimpl::chipsAt(chips, filterRows(chips, filter));
+}
+
+QList<ChipInfo> DeviceDb::filterChips(const ChipFilterBySearch& filter, const QList<ChipInfo>& chips) const
+{
+    return DEV::filterChips(chips, filter);
 }
 
 } // namespace DEV
