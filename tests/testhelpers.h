@@ -148,17 +148,16 @@ private:
 /// every threshold and window at its largest.
 inline QVector<QPair<QString, DEV::pimpl::Tuning>> tunings()
 {
-    DEV::pimpl::Tuning one, seven, largest;
-    for (DEV::pimpl::Tuning* t : {&one, &seven}) {
-        t->searchParallelFrom = t->sortParallelFrom = t->sortWideDigitsFrom = t->foldFrom = t->selectorParallelFrom = 0;
-        t->loadParallelFrom = 0;
-        t->foldWindow = 1;
-    }
-    one.parts = 1;
-    seven.parts = 7;
+    DEV::pimpl::Tuning least, largest;
+    least.searchParallelFrom = least.sortParallelFrom = least.sortWideDigitsFrom = least.foldFrom = 0;
+    least.selectorParallelFrom = least.loadParallelFrom = 0;
+    least.foldWindow = 1;
     largest.searchParallelFrom = largest.sortParallelFrom = largest.sortWideDigitsFrom = largest.foldFrom = INT_MAX;
     largest.selectorParallelFrom = largest.foldWindow = INT_MAX;
     largest.loadParallelFrom = LLONG_MAX;
+    DEV::pimpl::Tuning one = least, seven = least;
+    one.parts = 1;
+    seven.parts = 7;
     return {{"default", DEV::pimpl::Tuning()}, {"one part, thresholds 0", one}, {"seven parts, thresholds 0", seven},
             {"thresholds largest", largest}};
 }

@@ -238,13 +238,6 @@ QString disagreement(const QList<DEV::ChipInfo>& chips, const DEV::ChipFilterByS
         : search + QStringLiteral("ChipSearch among the hits differs for \"%1\"").arg(more.pattern);
 }
 
-/// The same against the reference's own answer, with a search prepared here.
-template <typename Choose>
-QString disagreement(const QList<DEV::ChipInfo>& chips, const DEV::ChipFilterBySearch& f, Choose& choose)
-{
-    return disagreement(chips, f, choose, found(chips, f), DEV::ChipSearch(chips));
-}
-
 /// @p chips as a database loads them from a data file written to @p path: equal values then share their data, which
 /// the matcher may exploit.
 inline QList<DEV::ChipInfo> loadedCopy(const QList<DEV::ChipInfo>& chips, const QString& path)
