@@ -55,6 +55,63 @@ std::string_view view(const QByteArray& bytes)
 
 } // namespace
 
+/*
+ * The folded text of chips [first(), end()) of a list: the values that all
+ * chips of one device identifier share (series, device, package, auxiliary
+ * attribute, resources) and the match key, each once for a run of neighbours
+ * with equal ones, and each chip's own (part number, voltage). Each value is
+ * followed by a NUL, so that a pattern, which holds none, is found within one
+ * value, as searching the values one by one would find it; empty values are
+ * left out, as no folded pattern is found in them.
+ */
+class FoldedWindow
+{
+public:
+    // Folds chips [from, to) in place of what it held, keeping its memory
+    // for the next window. Folded for the one search of a needle, it leaves
+    // out the own values of the chips whose runs hold it, found already.
+    void fold(const QList<ChipInfo>& chips, int from, int to, const QByteArray& needle = QByteArray());
+
+    int first() const { return m_first; }
+    int end() const { return m_first + int(m_runOf[0].size()); }
+
+    // Sets verdicts[k - from] for each chip k in [from, to), which lies in
+    // this window.
+    void scan(const QByteArray& needle, int from, int to, char* verdicts) const;
+
+    static constexpr int RunKinds = 2;
+    // The runs the last verdict() calls decided, so that neighbours ask once.
+    struct LastRuns
+    {
+        const FoldedWindow* window = nullptr;
+        int run[RunKinds] = {-1, -1};
+        bool found[RunKinds] = {false, false};
+    };
+    Verdict verdict(const QByteArray& needle, int k, LastRuns& last) const;
+
+private:
+    size_t scanRuns(const QByteArray& needle, size_t a, size_t b, char* verdicts) const;
+    void scanOwn(const QByteArray& needle, size_t a, size_t b, size_t missed, char* verdicts) const;
+
+    struct Segments
+    {
+        std::vector<char> text;
+        std::vector<quint32> ends; // one past each segment's last byte
+
+        size_t start(size_t s) const { return s == 0 ? 0 : ends[s - 1]; }
+        template <typename Values>
+        bool append(Values values);
+        bool holds(const QByteArray& needle, size_t s) const;
+        void scan(const QByteArray& needle, size_t from, size_t to, char* verdicts) const;
+    };
+
+    int m_first = 0;
+    Segments m_runs[RunKinds];          // a segment per run
+    std::vector<int> m_runOf[RunKinds]; // per chip: its run
+    Segments m_own;                     // a segment per chip
+    std::vector<int> m_undecided;       // ascending
+};
+
 QByteArray foldedPattern(QStringView pattern)
 {
     QByteArray folded(pattern.size(), Qt::Uninitialized);
@@ -255,6 +312,8 @@ FoldedChips::FoldedChips(const QList<ChipInfo>& chips)
         }
     });
 }
+
+FoldedChips::~FoldedChips() = default;
 
 size_t FoldedChips::windowOf(int k) const
 {
