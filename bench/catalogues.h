@@ -24,7 +24,8 @@
 namespace Bench {
 
 /// The catalogue of @p chips chips, shaped as DEVICE_BENCH_SHAPE says
-/// (scripts/gen-catalogue --shape: real, distinct or copies; default real).
+/// (scripts/gen-catalogue --shape: real, keyed, distinct or copies; default
+/// real).
 inline QString cataloguePath(int chips)
 {
     const QString dir = QStringLiteral(DEVICE_BENCH_DATA_DIR);

@@ -4,9 +4,10 @@
 // warmed) and the resident memory it adds, five searches each run once over
 // every chip, the selector's construction with the memory it adds, the time
 // until it has also been shown and painted once, and typing into its search
-// field: a four-letter part-number prefix key by key, then Backspace until
-// the field is empty, three rounds (after a window of the host's own, as in
-// any application). Prints one JSON object; scripts/bench-firstload runs it
+// field: a whole part number typed into the empty field key by key and
+// taken back, then a four-letter part-number prefix key by key and
+// Backspace until the field is empty, three rounds (after a window of the
+// host's own, as in any application). Prints one JSON object; scripts/bench-firstload runs it
 // several times and reports medians.
 //
 //   device_firstload CATALOGUE [WORD]       everything
@@ -63,7 +64,7 @@ QJsonArray searches(const QList<DEV::ChipInfo>& all, const QStringList& patterns
     return result;
 }
 
-QJsonObject selector(DEV::DeviceDb& db, const QString& word, int chips)
+QJsonObject selector(DEV::DeviceDb& db, const QString& word, const QString& partNumber, int chips)
 {
     // A host shows a window of its own before it offers a selector, and
     // with it Qt sets up its fonts (about 7 ms, a fontconfig scan): that is
@@ -87,13 +88,26 @@ QJsonObject selector(DEV::DeviceDb& db, const QString& word, int chips)
         QTest::keyClick(search, key);
         keys.append(msSince(timer));
     };
+    // First a whole part number typed into the empty field and taken back:
+    // the first key matches nearly every chip and each one after narrows.
+    QJsonArray typed, erased;
+    for (const QChar c : partNumber) {
+        press(c.toLatin1());
+        typed.append(keys.last());
+    }
+    for (int i = 0; i < partNumber.size(); ++i) {
+        press(Qt::Key_Backspace);
+        erased.append(keys.last());
+    }
+    keys = QJsonArray();
     for (int round = 0; round < 3; ++round) {
         for (const QChar c : word)
             press(c.toLatin1());
         for (int i = 0; i < word.size(); ++i)
             press(Qt::Key_Backspace);
     }
-    return {{"constructMs", construct}, {"shownMs", shown}, {"bytesPerChip", bytesPerChip}, {"word", word}, {"keyMs", keys}};
+    return {{"constructMs", construct}, {"shownMs", shown}, {"bytesPerChip", bytesPerChip}, {"word", word}, {"keyMs", keys},
+            {"narrowing", QJsonObject{{"partNumber", partNumber}, {"typedMs", typed}, {"backspaceMs", erased}}}};
 }
 
 } // namespace
@@ -126,7 +140,8 @@ int main(int argc, char** argv)
     if (!loadOnly) {
         // The selector first, as a user meets it; the host's searches after.
         const QString word = args.value(2, all.first().partNumber.left(4).toLower());
-        result.insert(QStringLiteral("selector"), selector(db, word, all.size()));
+        const QString partNumber = all.at(all.size() / 2).partNumber.toLower();
+        result.insert(QStringLiteral("selector"), selector(db, word, partNumber, all.size()));
         result.insert(QStringLiteral("search"), searches(all, patternsOf(all.first())));
     }
     std::fputs(QJsonDocument(result).toJson(QJsonDocument::Compact).constData(), stdout);

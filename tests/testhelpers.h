@@ -61,19 +61,21 @@ struct ScopedTuning
 };
 
 /// Named tunings at which every fast routine must answer as its plain twin: the defaults, one part and seven with
-/// every threshold at zero (the seven reading blocks of @p blockBytes bytes), and every threshold at its largest.
+/// every threshold at zero and search windows of one chip (the seven reading blocks of @p blockBytes bytes), and
+/// every threshold and window at its largest.
 inline std::vector<std::pair<QByteArray, DEV::pimpl::Tuning>> extremeTunings(int blockBytes = 3)
 {
     DEV::pimpl::Tuning one, seven, largest;
     for (DEV::pimpl::Tuning* t : {&one, &seven}) {
         t->searchParallelFrom = t->sortParallelFrom = t->sortWideDigitsFrom = t->foldFrom = t->selectorParallelFrom = 0;
         t->loadParallelFrom = 0;
+        t->foldWindow = 1;
     }
     one.parts = 1;
     seven.parts = 7;
     seven.loadBlockBytes = blockBytes;
     largest.searchParallelFrom = largest.sortParallelFrom = largest.sortWideDigitsFrom = largest.foldFrom =
-        largest.selectorParallelFrom = std::numeric_limits<int>::max();
+        largest.selectorParallelFrom = largest.foldWindow = std::numeric_limits<int>::max();
     largest.loadParallelFrom = std::numeric_limits<qint64>::max();
     return {{"defaults", DEV::pimpl::Tuning()},
             {"one part, thresholds 0", one},

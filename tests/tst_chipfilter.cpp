@@ -6,6 +6,7 @@
 #include "testhelpers.h"
 
 #include <chiprequirements.h>
+#include <textscan_p.h>
 
 using DEV::ChipFilter;
 using DEV::ChipFilterBySearch;
@@ -18,6 +19,27 @@ static const std::pair<QString ChipFilter::*, QString ChipInfo::*> Criteria[] = 
     {&ChipFilter::deviceVersion, &ChipInfo::deviceVersion}, {&ChipFilter::package, &ChipInfo::package},
     {&ChipFilter::auxiliary, &ChipInfo::auxiliary},   {&ChipFilter::voltage, &ChipInfo::voltage},
     {&ChipFilter::speed, &ChipInfo::speed}};
+
+// The search by every route against the reference at the default tuning and at its extremes, each prepared search
+// made at the tuning before the one it is searched at.
+template <typename Choose>
+QString disagreementAtEveryTuning(const QList<ChipInfo>& chips, const ChipFilterBySearch& f, Choose& choose)
+{
+    const QVector<int> expected = Reference::found(chips, f);
+    const auto tunings = TestHelpers::extremeTunings();
+    DEV::ChipSearch prepared = [&] {
+        const TestHelpers::ScopedTuning before(tunings.back().second);
+        return DEV::ChipSearch(chips);
+    }();
+    for (const auto& [name, tuning] : tunings) {
+        const TestHelpers::ScopedTuning scoped(tuning);
+        const QString difference = Reference::disagreement(chips, f, choose, expected, prepared);
+        if (!difference.isEmpty())
+            return QString::fromLatin1(name) + QLatin1String(": ") + difference;
+        prepared = DEV::ChipSearch(chips);
+    }
+    return QString();
+}
 
 class TestChipFilter : public QObject
 {
@@ -206,7 +228,7 @@ private Q_SLOTS:
     }
 
     // Catalogues shaped like a large real one and with every value distinct, with patterns taken from their own values:
-    // stretches of them searched as the round says, and the whole list, on two threads, as typed into the selector.
+    // stretches of them searched as the round says, and the whole list as typed into the selector.
     void shapedCatalogues_data()
     {
         QTest::addColumn<QByteArray>("shape");
@@ -224,17 +246,17 @@ private Q_SLOTS:
             const QString texts[] = {c.partNumber.left(r % 9 + 1), c.package, c.resources.value(5),
                                      c.series.left(3).toLower(), QStringLiteral("#none#"), c.voltage};
             const ChipFilterBySearch f{r % 4 == 3 ? 2 : 0, r % 4, r % 3 == 1, texts[r % 6]};
-            QString difference = Reference::disagreement(chips.mid(r * 2801, 400), f, choose);
+            QString difference = disagreementAtEveryTuning(chips.mid(r * 2801, 400), f, choose);
             QVERIFY2(difference.isEmpty(), qPrintable(difference));
             if (r % 2) // a package, the start of every series, a voltage
-                difference = Reference::disagreement(chips, ChipFilterBySearch{0, 3, false, texts[r % 6]}, choose);
+                difference = disagreementAtEveryTuning(chips, ChipFilterBySearch{0, 3, false, texts[r % 6]}, choose);
             QVERIFY2(difference.isEmpty(), qPrintable(difference));
         }
     }
 
     // Values and chips that meet in the middle of a pattern, letters beyond ASCII in values and patterns (the Kelvin
-    // sign is a "k", not a "*"), the searches that folded text cannot serve (on short lists), a list searched on one
-    // thread and one in two halves with a match in its very last value.
+    // sign is a "k", not a "*"), the searches that folded text cannot serve (on short lists), a short list and one long
+    // enough to be split into parts at the default tuning with a match in its very last value.
     void preparedSearch()
     {
         ChipInfo a, b, c;
@@ -258,7 +280,7 @@ private Q_SLOTS:
                 for (const ChipFilterBySearch& f : {ChipFilterBySearch{0, 3, false, QString::fromUtf8(pattern)},
                                                     ChipFilterBySearch{7, 0, true, QString::fromUtf8(pattern)}}) {
                     const QString difference =
-                        list.size() < 100 || f.group == 0 ? Reference::disagreement(list, f, choose) : QString();
+                        list.size() < 100 || f.group == 0 ? disagreementAtEveryTuning(list, f, choose) : QString();
                     QVERIFY2(difference.isEmpty(), qPrintable(difference));
                 }
             }
@@ -268,12 +290,42 @@ private Q_SLOTS:
             QVERIFY(none.filterRows(ChipFilterBySearch{0, 3, false, "a"}).isEmpty() && none.filterRows({}, {0, 1}).isEmpty());
     }
 
+    // The byte kernels against their plain twins: needles of 1 to 18 bytes at every place in texts of up to 48 bytes
+    // full of decoys that share the needle's first and last byte, and units around the capitals' edges and beyond
+    // U+007F at every place in values of up to 24 units.
+    void kernelTwins()
+    {
+        for (size_t m = 1; m <= 18; ++m) {
+            const std::string needle = 'b' + std::string(m - 1, 'c');
+            std::string decoys;
+            while (decoys.size() < 48) // the needle with a middle byte broken, or a byte that is not its first
+                decoys += m > 2 ? needle.substr(0, m / 2) + 'x' + needle.substr(m / 2 + 1) : std::string("c");
+            for (size_t size = 0; size <= 48; ++size) {
+                for (size_t at = 0; at <= size; ++at) {
+                    const std::string text = decoys.substr(0, size).replace(at, m, needle).substr(0, size);
+                    QVERIFY2(DEV::pimpl::find(text, needle) == DEV::pimpl::plainFind(text, needle), text.c_str());
+                }
+            }
+        }
+        for (int n = 0; n <= 24; ++n) {
+            for (const int odd : {0x40, 0x41, 0x5A, 0x5B, 0x60, 0x61, 0x7A, 0x7F, 0x80, 0xFF, 0x100, 0x212A, 0xFFFF}) {
+                for (int at = 0; at <= n; ++at) {
+                    const QString ascii = QStringLiteral("@AZ[`az{").repeated(4).left(n);
+                    const QString value = (ascii.left(at) + QChar(ushort(odd)) + ascii.mid(at + 1)).left(n);
+                    QByteArray fast(n, 0), plain(n, 0);
+                    const bool narrow = DEV::pimpl::plainFold(value, plain.data());
+                    QVERIFY2(DEV::pimpl::fold(value, fast.data()) == narrow && (!narrow || fast == plain), qPrintable(value));
+                }
+            }
+        }
+    }
+
     // The scanning kernel's edges, by every route: the pattern at the end of values whose length puts it in the last
     // bytes of a sixteen-byte block, before, at and after where blocks hand over to single bytes; at the start; missed
     // by one letter at the end; values as long as the pattern and one shorter; fillers of the pattern with a letter
-    // broken, which pass the kernel's first look. In a chip's own values and in its device's, among chips with nothing
-    // to search and one beyond ASCII; the list's last values end with the pattern; and behind many chips whose device
-    // holds the pattern, which leaves the others to be looked at one by one.
+    // broken, which pass the kernel's first look; a value of each length followed by one that starts with the pattern.
+    // In a chip's own values and in its device's, among chips with nothing to search and one beyond ASCII; the list's
+    // last values end with the pattern; and behind many chips whose device holds the pattern.
     void kernelEdges_data()
     {
         QTest::addColumn<QString>("pattern");
@@ -299,6 +351,10 @@ private Q_SLOTS:
                 edges[edges.size() - 2].partNumber = value;
                 edges.last().package = value;
             }
+            ChipInfo own, shared; // a value of this length, then one that starts with the pattern
+            own.partNumber = shared.series = filler(length);
+            own.matchKey = shared.device = pattern + filler(2);
+            edges << own << shared;
         }
         edges[5].voltage = QString::fromUtf8("\xE2\x84\xAA");
         edges.last().partNumber = edges.last().package = filler(33 - m) + pattern;
@@ -312,7 +368,7 @@ private Q_SLOTS:
             const ChipFilterBySearch f{0, 3, false, pattern};
             QVERIFY(!Reference::found(edges, f).isEmpty());
             for (int round = 0; round < 4; ++round) {
-                const QString difference = Reference::disagreement(list, f, choose);
+                const QString difference = disagreementAtEveryTuning(list, f, choose);
                 QVERIFY2(difference.isEmpty(), qPrintable(difference));
             }
         }
@@ -321,7 +377,7 @@ private Q_SLOTS:
     // The library's search against the literal reference, over random chips and searches, seeded so every run checks
     // the same cases: a list short enough to be searched value by value, records built one by one, and loaded ones
     // that share equal values mixed with built ones that look equal but share nothing, and a duplicate far from its
-    // original; then a list long enough to be searched on two threads.
+    // original; then a list long enough to be split into parts at the default tuning.
     void searchAgreesWithReference()
     {
         QRandomGenerator rng(20261121u);
@@ -332,8 +388,8 @@ private Q_SLOTS:
         loaded << built.mid(0, 100) << loaded.first(); // equal values, some shared and some not; a far duplicate
         const int loadMessages = capture.count(); // short lines are reported
         const QList<QList<ChipInfo>> lists{built.mid(0, 63), built, loaded, Reference::randomChips(choose, 200, 3)};
-        // Both sides of where a prepared search stops using its folded text: more than one chip in sixteen beyond
-        // ASCII, and fewer.
+        // Lists with many chips beyond ASCII, which folded text leaves to the plain matcher, and with few: more than one
+        // chip in sixteen, and fewer.
         QSet<bool> many;
         for (const QList<ChipInfo>& chips : lists) {
             const auto wide = std::count_if(chips.begin(), chips.end(), [](const ChipInfo& c) {
@@ -346,7 +402,7 @@ private Q_SLOTS:
         for (int round = 0; round < 400; ++round) {
             const ChipFilterBySearch f = Reference::randomSearch(choose);
             const QList<ChipInfo>& chips = lists.at(round % lists.size());
-            const QString difference = Reference::disagreement(chips, f, choose);
+            const QString difference = disagreementAtEveryTuning(chips, f, choose);
             QVERIFY2(difference.isEmpty(), qPrintable(difference));
             matched += int(Reference::found(chips, f).size() * 1000 / chips.size());
         }
@@ -358,7 +414,7 @@ private Q_SLOTS:
         while (longList.size() < 17000)
             longList << loaded << built;
         for (int round = 0; round < 4; ++round) {
-            const QString difference = Reference::disagreement(longList, Reference::randomSearch(choose), choose);
+            const QString difference = disagreementAtEveryTuning(longList, Reference::randomSearch(choose), choose);
             QVERIFY2(difference.isEmpty(), qPrintable(difference));
         }
         QCOMPARE(capture.count(), loadMessages); // a pattern that is not a valid expression is not reported

@@ -65,6 +65,12 @@ struct Tuning
     /// chip's texts first would not pay.
     int foldFrom = 64;
 
+    /// Chips folded at a time (foldedindex_p.h): a window's text, some 50
+    /// bytes a chip, is still in the core's own cache when it is scanned. A
+    /// search prepared once keeps its windows, each a few arrays that a scan
+    /// reads one after the other: long windows keep that to a few long reads.
+    int foldWindow = 8192;
+
     /// Catalogues this long are worth a thread for the selector's own first
     /// work (the boxes' values, the table's first order, the prepared search).
     int selectorParallelFrom = 65536;

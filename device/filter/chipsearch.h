@@ -13,20 +13,24 @@
 
 namespace DEV {
 
+namespace pimpl {
+class ChipSearchPrivate;
+}
+
 /**
  * @brief A free-text search prepared over one list of chips, for lists that
  * are searched again and again, as while a user types.
  *
  * Preparing reads the values that a search of every column looks at (series,
  * match key, device, package, auxiliary attribute, resource counts, part
- * number and voltage) once and keeps them folded to lower case in one compact
- * block. A search that asks for a pattern anywhere in them, in either letter
- * case, then reads that block instead of visiting every record and every
+ * number and voltage) once and keeps them folded to lower case in compact
+ * blocks. A search that asks for a pattern anywhere in them, in either letter
+ * case, then reads those blocks instead of visiting every record and every
  * value on the heap, which on a large catalogue whose values seldom repeat is
  * many times faster.
  *
  * The answers are exactly those of filterRows() and filterChips() over the
- * same list. Searches the block cannot serve take that ordinary way: one
+ * same list. Searches the blocks cannot serve take that ordinary way: one
  * column, letter case counted, wild cards, expressions, exact matches, a
  * pattern with letters beyond ASCII, and the pattern "0", which also finds
  * empty counts. Chips with such letters in their values are decided the
@@ -57,7 +61,7 @@ class DEVICE_EXPORT ChipSearch
 public:
     /// A search over no chips.
     ChipSearch();
-    /// Prepares a search over @p chips: a long list on two threads.
+    /// Prepares a search over @p chips: a long list on several cores.
     explicit ChipSearch(const QList<ChipInfo>& chips);
     /// Shares the chips and the prepared text of @p other.
     ChipSearch(const ChipSearch& other);
@@ -82,8 +86,7 @@ public:
     QList<ChipInfo> filterChips(const ChipFilterBySearch& filter) const;
 
 private:
-    class Private;
-    std::shared_ptr<const Private> d;
+    std::unique_ptr<pimpl::ChipSearchPrivate> const d;
 };
 
 } // namespace DEV

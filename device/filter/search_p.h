@@ -18,35 +18,19 @@
 #include <QVector>
 
 #include <functional>
-#include <vector>
 
 namespace DEV {
 namespace pimpl {
 
-// Equal texts. Neighbours' shared values lie at one place, which settles it
-// at once; the contents decide otherwise.
-inline bool sameText(const QString& a, const QString& b)
-{
-    return a.size() == b.size() && (a.constData() == b.constData() || a == b);
-}
-
 using ChipAt = std::function<const ChipInfo&(int)>;
+/// Sets the verdicts (foldedindex_p.h) that folded text gives for a folded
+/// pattern.
+using FoldedFind = std::function<void(const QByteArray& needle, char* verdicts)>;
 
-/// Sets verdicts[k] for k in [0, n) to whether chipAt(k) matches @p filter
-/// as matchFilter() decides: the definition, which every faster way must
-/// agree with.
-void decidePlainly(int n, const ChipAt& chipAt, const ChipFilterBySearch& filter, std::vector<char>& verdicts);
-
-/// The pattern of @p filter folded as prepared texts are, or empty when such
-/// a text cannot answer the search (see ChipSearch).
-QByteArray foldedNeedle(const ChipFilterBySearch& filter);
-
-/// The positions in @p chips of those that hold @p needle (from
-/// foldedNeedle()), each chip folded as it is reached.
-QVector<int> foldedRows(const QList<ChipInfo>& chips, const ChipFilterBySearch& filter, const QByteArray& needle);
-
-/// The positions k where @p verdicts[k] is set, ascending.
-QVector<int> rowsOf(const std::vector<char>& verdicts);
+/// The positions i in [0, @p n), ascending, whose chip chipAt(i) matches
+/// @p filter: what @p foldedFind finds where folded text can answer, and the
+/// rest as the plain matcher decides.
+QVector<int> searchRows(const ChipFilterBySearch& filter, int n, const ChipAt& chipAt, const FoldedFind& foldedFind);
 
 /// The chips of @p chips at @p rows, in that order; @p chips itself, copying
 /// no record, when the rows are all of its positions.

@@ -92,7 +92,8 @@ inline bool matchSearch(const DEV::ChipInfo& chip, const DEV::ChipFilterBySearch
 }
 
 // Short values from small pools meet often enough to match; long ones, some of them made of several, are scanned in
-// blocks, with a match near block edges. Values and patterns beyond ASCII (only when @p foreign) include letters whose
+// blocks, with a match near block edges. Control characters, U+0000 (written "~" here) among them, are as ordinary
+// as letters. Values and patterns beyond ASCII (only when @p foreign) include letters whose
 // case folding lands on ASCII (the Kelvin sign, the long s) and a surrogate pair. Now and then a null string, as in a
 // default record.
 template <typename Choose>
@@ -100,17 +101,19 @@ QString randomText(Choose& choose, bool pattern, bool foreign = true)
 {
     static const char* const values[] = {"", "0", "00", "10", "a", "A", "ab", "AB", "aB", "x.y", "a*", "[a]", "?", "(",
                                          "ZR1N", "zr1n-9", "C6/I5", " a", "\\", "ZR9K31AQ113-MVPG256C7/I6",
-                                         "zr9k31aq113-mvpg256c7/i6", "xxxxxxxAByyyyyyyZR1Nzz", "\xE2\x84\xAA", "\xC5\xBF",
+                                         "zr9k31aq113-mvpg256c7/i6", "xxxxxxxAByyyyyyyZR1Nzz", "~", "ab~zr1n", "\t\x01",
+                                         "zr1n\x7f", "\xE2\x84\xAA", "\xC5\xBF",
                                          "\xC3\x9F", "a\u00C4b", "\xF0\x9D\x90\x80k", "xxxxxxxxxxxxxxx\xE2\x84\xAA"};
     static const char* const patterns[] = {"0", "00", "", "*", "?", "a*", "A*", "*b", "[ab]*", "[!a]*", "[a-c]?", "a.c",
                                            ".*", "^a", "(a|b)", "(", "[", "a{2}", "\\d+", "A", "ab", "zr1n", "*-9",
                                            "\\", ")", "?*", "b$", "k", "S", "ss", "pg256c7", "MVPG256", "i6", "Q113-m",
-                                           "/I5-A", "\xC3\xA4", "\xE2\x84\xAA"};
+                                           "/I5-A", "~", "b~z", "\x01", "\t", "\x7f", "\xC3\xA4",
+                                           "\xE2\x84\xAA"};
     const int ascii = pattern ? int(std::size(patterns)) - 2 : int(std::size(values)) - 6;
     if (choose(12) == 0)
         return QString();
     const int which = choose(foreign ? int(pattern ? std::size(patterns) : std::size(values)) : ascii);
-    const QString text = QString::fromUtf8(pattern ? patterns[which] : values[which]);
+    const QString text = QString::fromUtf8(pattern ? patterns[which] : values[which]).replace(QLatin1Char('~'), QChar());
     return choose(pattern ? 3 : 6) == 0 ? text + randomText(choose, pattern, foreign) : text;
 }
 
@@ -179,17 +182,17 @@ inline QVector<int> found(const QList<DEV::ChipInfo>& chips, const DEV::ChipFilt
     return rows;
 }
 
-/// Empty when the library answers like the reference for every chip one by one and by every way it searches a list:
-/// the ordinary search (value by value below 64 chips, folded from there, in two halves from 16384), the prepared
-/// search, the prepared search among random ascending positions (some of them outside the list; few or many, which
-/// it answers differently) and among the hits of the search before, as while the user types on. Otherwise the first
-/// difference.
+/// Empty when the library answers as the reference found @p expected, for every chip one by one and by every way it
+/// searches a list: the ordinary search (value by value on short lists, folded on longer ones), @p prepared, a search
+/// prepared over @p chips, on all of them, among random ascending positions (some of them outside the list; few or
+/// many, which it answers differently) and among the hits of the search before, as while the user types on.
+/// Otherwise the first difference.
 template <typename Choose>
-QString disagreement(const QList<DEV::ChipInfo>& chips, const DEV::ChipFilterBySearch& f, Choose& choose)
+QString disagreement(const QList<DEV::ChipInfo>& chips, const DEV::ChipFilterBySearch& f, Choose& choose,
+                     const QVector<int>& expected, const DEV::ChipSearch& prepared)
 {
     const QString search = QStringLiteral("group %1, syntax %2, case %3, pattern \"%4\": ")
                                .arg(f.group).arg(f.patternSyntax).arg(f.caseSensitive).arg(f.pattern);
-    const QVector<int> expected = found(chips, f);
     const auto hit = [&expected](int k) { return std::binary_search(expected.begin(), expected.end(), k); };
     for (int k = 0; k < chips.size(); ++k) {
         if (DEV::matchFilter(chips.at(k), f) != hit(k))
@@ -200,7 +203,6 @@ QString disagreement(const QList<DEV::ChipInfo>& chips, const DEV::ChipFilterByS
         ids << chip.deviceId;
     for (int k : expected)
         wantedIds << chips.at(k).deviceId;
-    const DEV::ChipSearch prepared(chips);
     const char* const differs = DEV::filterRows(chips, f) != expected ? "filterRows"
         : ids != wantedIds                                        ? "filterChips"
         : prepared.filterRows(f) != expected                      ? "ChipSearch"
