@@ -50,8 +50,8 @@ struct SelectorAddOns
     QAction* removeFromComparison = nullptr;
 };
 
-/// The row of exactly @p chip, or -1. One device identifier covers several
-/// part numbers, so the identifier alone does not tell the rows apart.
+/// The row of @p chip (pimpl::sameChip()), or -1. One device identifier
+/// covers several part numbers, so the identifier does not tell rows apart.
 int rowOfChip(ChipInfoTableModel& model, const ChipInfo& chip);
 
 /// Moves the series, device and version boxes to @p chip's values.

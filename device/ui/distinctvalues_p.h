@@ -10,12 +10,13 @@
 // version without notice.
 //
 
+#include "chipinfo_p.h"
+
 #include <QHash>
 #include <QString>
 #include <QStringList>
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 
 namespace DEV {
@@ -34,7 +35,7 @@ public:
     {
         // Chips of one device stand together and share their values:
         // comparing with the last value spares most hash look-ups.
-        if (m_last >= 0 && equal(value, m_values.at(m_last)))
+        if (m_last >= 0 && sameText(value, m_values.at(m_last)))
             return;
         const auto seen = m_seen.constFind(value);
         m_last = seen != m_seen.constEnd() ? seen.value() : int(m_values.size());
@@ -70,13 +71,6 @@ private:
     {
         m_values.prepend(QStringLiteral("Any"));
         return m_values;
-    }
-
-    static bool equal(const QString& a, const QString& b)
-    {
-        return a.size() == b.size()
-            && (a.isEmpty() || a.constData() == b.constData()
-                || std::memcmp(a.constData(), b.constData(), size_t(a.size()) * sizeof(QChar)) == 0);
     }
 
     QHash<QString, int> m_seen; // where in m_values

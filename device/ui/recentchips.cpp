@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "recentchips_p.h"
 
+#include "chipinfo_p.h"
 #include "devicedb.h"
 #include "deviceselectordialog.h"
 
@@ -8,15 +9,6 @@
 
 namespace DEV {
 namespace pimpl {
-
-namespace {
-
-bool sameChip(const ChipInfo& a, const ChipInfo& b)
-{
-    return a.partNumber == b.partNumber && a.matchKey == b.matchKey;
-}
-
-} // namespace
 
 RecentChips::RecentChips(DeviceDb* db, DeviceSelectorDialog* dialog)
     : QPushButton(DeviceSelectorDialog::tr("Recent"), dialog)

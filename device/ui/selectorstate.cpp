@@ -3,6 +3,7 @@
 // a header click, and the table's state kept between sessions.
 #include "deviceselector.h"
 
+#include "chipinfo_p.h"
 #include "chipinfotablemodel.h"
 #include "devicedb.h"
 #include "deviceselector_p.h"
@@ -24,8 +25,7 @@ constexpr quint32 SelectorStateMagic = 0x44455332;
 int pimpl::rowOfChip(ChipInfoTableModel& model, const ChipInfo& chip)
 {
     for (int row = 0; row < model.rowCount(); ++row) {
-        const ChipInfo shown = model.index2chipInfo(model.index(row, 0));
-        if (shown.partNumber == chip.partNumber && shown.matchKey == chip.matchKey && shown.deviceId == chip.deviceId)
+        if (sameChip(model.index2chipInfo(model.index(row, 0)), chip))
             return row;
     }
     return -1;
