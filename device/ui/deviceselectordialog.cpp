@@ -1,21 +1,112 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "deviceselectordialog.h"
 
+#include "chipinfo_p.h"
 #include "chiprequirements.h"
+#include "devicedb.h"
 #include "deviceselector.h"
-#include "recentchips_p.h"
+#include "ui_deviceselector.h"
 
 #include <QDataStream>
 #include <QDialogButtonBox>
 #include <QIODevice>
+#include <QMenu>
 #include <QPushButton>
 #include <QTableView>
 #include <QVBoxLayout>
 
 namespace DEV {
 
+/*
+ * What the dialog keeps beyond its selector and its buttons: the chips last
+ * accepted in it, newest first, each at most once, and the "Recent"
+ * drop-down that lists them; choosing one presets it. The list is kept while
+ * the drop-down is hidden.
+ */
+class pimpl::DeviceSelectorDialogPrivate
+{
+public:
+    /// How many chips are kept.
+    static constexpr int Kept = 8;
+
+    explicit DeviceSelectorDialogPrivate(DeviceDb* db)
+        : db(db)
+    {
+    }
+
+    void setUpRecent(DeviceSelectorDialog* dialog);
+
+    /// The part number and match key of each chip, for a saved state.
+    QStringList keys() const
+    {
+        QStringList keys;
+        for (const ChipInfo& chip : recent)
+            keys << chip.partNumber << chip.matchKey;
+        return keys;
+    }
+
+    /// The chips of @p keys (as keys() writes them) that the database still
+    /// knows, in their order; false, with @p chips untouched, for anything
+    /// keys() cannot have written.
+    bool readKeys(const QStringList& keys, QList<ChipInfo>* chips) const
+    {
+        if (keys.size() % 2 != 0 || keys.size() > 2 * Kept)
+            return false;
+        QList<ChipInfo> known;
+        for (int k = 0; k < keys.size(); k += 2) {
+            const ChipInfo chip = keys.at(k).isEmpty() ? ChipInfo() : db->find(keys.at(k), keys.at(k + 1));
+            if (!chip.partNumber.isEmpty())
+                known << chip;
+        }
+        *chips = known;
+        return true;
+    }
+
+    /// Lists @p chips, the first Kept of them.
+    void setRecent(const QList<ChipInfo>& chips)
+    {
+        recent = chips.mid(0, Kept);
+        recentButton->menu()->clear();
+        for (const ChipInfo& chip : qAsConst(recent))
+            recentButton->menu()->addAction(QString(chip.partNumber).replace(QLatin1Char('&'), QLatin1String("&&")));
+        recentButton->setEnabled(!recent.isEmpty());
+    }
+
+    DeviceDb* const db;
+    QPushButton* recentButton = nullptr;
+    QList<ChipInfo> recent;
+};
+
+void pimpl::DeviceSelectorDialogPrivate::setUpRecent(DeviceSelectorDialog* dialog)
+{
+    recentButton = new QPushButton(DeviceSelectorDialog::tr("Recent"), dialog);
+    recentButton->setObjectName(QStringLiteral("recentButton"));
+    recentButton->setAutoDefault(false); // Enter still means OK
+    recentButton->setMenu(new QMenu(recentButton));
+    recentButton->setAccessibleName(DeviceSelectorDialog::tr("Recent chips"));
+    recentButton->setToolTip(DeviceSelectorDialog::tr("The chips accepted last, newest first; choosing one selects it"));
+    recentButton->setAccessibleDescription(recentButton->toolTip());
+    QMenu* menu = recentButton->menu();
+    QObject::connect(menu, &QMenu::triggered, dialog, [this, dialog, menu](QAction* action) {
+        dialog->setCurrentDevice(recent.value(menu->actions().indexOf(action)));
+    });
+    QObject::connect(dialog, &QDialog::accepted, dialog, [this, dialog] {
+        const ChipInfo chip = dialog->selectedDevice();
+        if (chip.partNumber.isEmpty())
+            return;
+        QList<ChipInfo> chips{chip};
+        for (const ChipInfo& earlier : qAsConst(recent)) {
+            if (!sameChip(earlier, chip))
+                chips << earlier;
+        }
+        setRecent(chips);
+    });
+    setRecent({});
+}
+
 DeviceSelectorDialog::DeviceSelectorDialog(DeviceDb* db, QWidget* parent)
     : QDialog(parent)
+    , d(new pimpl::DeviceSelectorDialogPrivate(db))
 {
     setWindowTitle(tr("Select Device"));
     auto* layout = new QVBoxLayout(this);
@@ -33,7 +124,7 @@ DeviceSelectorDialog::DeviceSelectorDialog(DeviceDb* db, QWidget* parent)
 
     // A double-click on a row chooses it and answers at once, as OK would.
     // (Enter reaches OK as the default button.)
-    auto* table = selector->findChild<QTableView*>();
+    QTableView* table = selector->ui->tableView;
     connect(table, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
         QPushButton* ok = buttonBox->button(QDialogButtonBox::Ok);
         if (index.isValid() && ok->isEnabled())
@@ -41,7 +132,8 @@ DeviceSelectorDialog::DeviceSelectorDialog(DeviceDb* db, QWidget* parent)
     });
 
     // Above OK and Cancel, at the left, hidden unless the host shows it.
-    auto* recent = new pimpl::RecentChips(db, this);
+    d->setUpRecent(this);
+    QPushButton* recent = d->recentButton;
     recent->hide();
     layout->insertWidget(1, recent, 0, Qt::AlignLeft);
     // From the table, and what the selector shows below it, to the buttons.
@@ -105,17 +197,17 @@ DeviceSelector* DeviceSelectorDialog::deviceSelector() const
 
 void DeviceSelectorDialog::setRecentVisible(bool visible)
 {
-    findChild<pimpl::RecentChips*>()->setVisible(visible);
+    d->recentButton->setVisible(visible);
 }
 
 bool DeviceSelectorDialog::recentVisible() const
 {
-    return !findChild<pimpl::RecentChips*>()->isHidden();
+    return !d->recentButton->isHidden();
 }
 
 QList<ChipInfo> DeviceSelectorDialog::recentChips() const
 {
-    return findChild<pimpl::RecentChips*>()->chips();
+    return d->recent;
 }
 
 QByteArray DeviceSelectorDialog::saveState() const
@@ -123,7 +215,7 @@ QByteArray DeviceSelectorDialog::saveState() const
     QByteArray state;
     QDataStream out(&state, QIODevice::WriteOnly);
     out.setVersion(QDataStream::Qt_5_12);
-    out << DialogStateMagic << saveGeometry() << selector->saveState() << findChild<pimpl::RecentChips*>()->keys();
+    out << DialogStateMagic << saveGeometry() << selector->saveState() << d->keys();
     return state;
 }
 
@@ -149,17 +241,16 @@ bool DeviceSelectorDialog::restoreState(const QByteArray& state)
         if (quint32(recentKeys.size()) != count)
             in.setStatus(QDataStream::ReadCorruptData);
     }
-    auto* recent = findChild<pimpl::RecentChips*>();
     QList<ChipInfo> chips;
     // Every part is checked before anything changes, the geometry on a
     // widget of its own; the selector takes all of its part or none.
     QWidget trial;
     if (in.status() != QDataStream::Ok || !in.atEnd() || magic != DialogStateMagic
-        || !recent->readKeys(recentKeys, &chips) || !trial.restoreGeometry(geometry)
+        || !d->readKeys(recentKeys, &chips) || !trial.restoreGeometry(geometry)
         || !selector->restoreState(selectorState))
         return false;
     restoreGeometry(geometry);
-    recent->setChips(chips);
+    d->setRecent(chips);
     return true;
 }
 

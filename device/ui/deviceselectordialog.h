@@ -7,6 +7,8 @@
 
 #include <QDialog>
 
+#include <memory>
+
 class QDialogButtonBox;
 
 namespace DEV {
@@ -14,6 +16,9 @@ namespace DEV {
 class DeviceDb;
 struct ChipRequirements;
 class DeviceSelector;
+namespace pimpl {
+class DeviceSelectorDialogPrivate;
+}
 
 /**
  * @brief A modal dialog that asks the user for one chip.
@@ -38,9 +43,6 @@ public:
     /// Builds the dialog over @p db, which is not owned and must outlive it.
     explicit DeviceSelectorDialog(DeviceDb* db, QWidget* parent = nullptr);
     ~DeviceSelectorDialog() override;
-
-    DeviceSelectorDialog(const DeviceSelectorDialog&) = delete;
-    DeviceSelectorDialog& operator=(const DeviceSelectorDialog&) = delete;
 
     /**
      * Opens a modal dialog over @p db preset to the device identifier
@@ -130,6 +132,7 @@ private Q_SLOTS:
 private:
     DeviceSelector* selector;
     QDialogButtonBox* buttonBox;
+    std::unique_ptr<pimpl::DeviceSelectorDialogPrivate> const d;
 };
 
 } // namespace DEV

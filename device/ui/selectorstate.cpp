@@ -31,11 +31,6 @@ int pimpl::rowOfChip(ChipInfoTableModel& model, const ChipInfo& chip)
     return -1;
 }
 
-DeviceSelector::DeviceSelector(QWidget* parent)
-    : DeviceSelector(DeviceDb::instance(), parent)
-{
-}
-
 void DeviceSelector::setCurrentDevice(const ChipInfo& chip)
 {
     if (chip.partNumber.isEmpty())
@@ -57,20 +52,19 @@ void DeviceSelector::setCurrentDevice(const ChipInfo& chip)
  */
 void DeviceSelector::reselectAfterSort()
 {
-    pimpl::SelectorAddOns& kept = addOns();
     QItemSelectionModel* selection = ui->tableView->selectionModel();
-    if ((kept.chosen.partNumber.isEmpty() && kept.chosen.deviceId.isEmpty()) || selection->hasSelection())
+    if ((d->chosen.partNumber.isEmpty() && d->chosen.deviceId.isEmpty()) || selection->hasSelection())
         return;
-    const int row = pimpl::rowOfChip(*model, kept.chosen);
+    const int row = pimpl::rowOfChip(*model, d->chosen);
     if (row < 0) {
         Q_EMIT selectedDeviceChanged(DeviceArg());
         return;
     }
     const QModelIndex index = model->index(row, 0);
-    kept.reselecting = true;
+    d->reselecting = true;
     selection->select(index, QItemSelectionModel::Select | QItemSelectionModel::Rows);
     makeCurrent(index);
-    kept.reselecting = false;
+    d->reselecting = false;
     ui->tableView->scrollTo(index);
 }
 

@@ -23,6 +23,7 @@
 #include <QToolTip>
 
 #include <algorithm>
+#include <iterator>
 #include <tuple>
 
 namespace DEV {
@@ -141,7 +142,9 @@ void DeviceSelector::setUpUsability()
     QTableView* table = ui->tableView;
     table->setItemDelegate(new ElidedCellTips(table));
     new MinimumFromLayout(this);
-    connect(this, &DeviceSelector::selectedDeviceChanged, this, [this](const DeviceArg& chip) { addOns().chosen = chip; });
+    // The field's one button; the field keeps no pointer to it.
+    d->searchOptions = searchEdit->findChild<QPushButton*>();
+    connect(this, &DeviceSelector::selectedDeviceChanged, this, [this](const DeviceArg& chip) { d->chosen = chip; });
     // Connected after the view's own sorting, so this runs once the sort has
     // dropped the selection.
     connect(table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this, [this] { reselectAfterSort(); });
@@ -168,19 +171,13 @@ void DeviceSelector::setUpKeyboard()
     QTableView* table = ui->tableView;
     // Tab leaves the table instead of walking its cells.
     table->setTabKeyNavigation(false);
-    auto* options = searchEdit->findChild<QPushButton*>();
     // The order of the screen, whatever order the form made them in: the left
     // column of boxes, the right one, the search row, the table.
-    QWidget* const order[] = {ui->cbSeries, ui->cbDevice, ui->cbDeviceVersion, ui->cbPackage,
-                              ui->cbCondition, searchEdit, options, table};
-    QWidget* previous = nullptr;
-    for (QWidget* next : order) {
-        if (previous && next)
-            setTabOrder(previous, next);
-        previous = next ? next : previous;
-    }
-    if (options)
-        new KeyboardMenuPlacement(options, searchEdit);
+    QWidget* const order[] = {ui->cbSeries,    ui->cbDevice, ui->cbDeviceVersion, ui->cbPackage,
+                              ui->cbCondition, searchEdit,   d->searchOptions,    table};
+    for (size_t i = 1; i < std::size(order); ++i)
+        setTabOrder(order[i - 1], order[i]);
+    new KeyboardMenuPlacement(d->searchOptions, searchEdit);
 
     auto* copyPartNumber = new QAction(tr("Copy part number"), table);
     copyPartNumber->setShortcut(QKeySequence::Copy);
@@ -209,15 +206,12 @@ void DeviceSelector::setUpAccessibility()
         {ui->cbPackage, tr("Package"), tr("Limits the table to one package")},
         {ui->cbCondition, tr("Speed grade"), tr("Limits the table to one speed grade")},
         {searchEdit, tr("Search"), tr("Limits the table to the chips in which the typed text is found")},
-        {searchEdit->findChild<QPushButton*>(), tr("Search options"),
-         tr("Chooses the columns searched and how the text is matched")},
+        {d->searchOptions, tr("Search options"), tr("Chooses the columns searched and how the text is matched")},
         {ui->tableView, tr("Matching chips"), tr("The chips that pass the filters; the selected row is the chosen chip")},
     };
     for (const auto& [widget, name, description] : described) {
-        if (widget) {
-            widget->setAccessibleName(name);
-            widget->setAccessibleDescription(description);
-        }
+        widget->setAccessibleName(name);
+        widget->setAccessibleDescription(description);
     }
 }
 
