@@ -20,6 +20,7 @@
 
 #include <vector>
 
+class QAbstractItemView;
 class QAction;
 class QComboBox;
 class QPushButton;
@@ -98,6 +99,10 @@ void moveBoxesTo(const Ui_DeviceSelector& ui, const ChipInfo& chip);
 
 /// Empties @p box and lists @p entries in it.
 void refill(QComboBox* box, const QStringList& entries);
+
+/// Has the first arrow key in @p view, while nothing is selected, select
+/// the current item rather than move on from it.
+void selectFirstOnArrow(QAbstractItemView* view);
 
 } // namespace pimpl
 } // namespace DEV

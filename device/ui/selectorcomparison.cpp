@@ -103,6 +103,7 @@ ComparisonPanel::ComparisonPanel(QWidget* parent)
     m_view->horizontalHeader()->setHighlightSections(false);
     m_view->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     m_view->installEventFilter(this);
+    selectFirstOnArrow(m_view);
     m_view->setAccessibleName(DeviceSelector::tr("Compared chips"));
     m_view->setAccessibleDescription(DeviceSelector::tr(
         "One column per chip, the rows that differ in bold; Enter or a double-click selects the column's chip in the table"));

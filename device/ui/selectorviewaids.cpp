@@ -119,11 +119,7 @@ private:
 class MinimumFromLayout : public QObject
 {
 public:
-    explicit MinimumFromLayout(QWidget* widget)
-        : QObject(widget)
-    {
-        widget->installEventFilter(this);
-    }
+    using QObject::QObject;
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
@@ -135,13 +131,45 @@ public:
     }
 };
 
+/*
+ * After a rebuild a view has a current item (the first, once it has the
+ * focus) but nothing selected, so the first arrow key would move on from it
+ * and select the next. That key selects the current item instead: its row,
+ * or its column where the view selects columns.
+ */
+class FirstArrowSelects : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        auto* view = static_cast<QAbstractItemView*>(watched);
+        if (event->type() != QEvent::KeyPress || view->selectionModel()->hasSelection())
+            return false;
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        const QModelIndex current = view->currentIndex().isValid() ? view->currentIndex() : view->model()->index(0, 0);
+        if ((key != Qt::Key_Up && key != Qt::Key_Down && key != Qt::Key_Left && key != Qt::Key_Right) || !current.isValid())
+            return false;
+        const auto whole = view->selectionBehavior() == QAbstractItemView::SelectColumns ? QItemSelectionModel::Columns
+                                                                                         : QItemSelectionModel::Rows;
+        view->selectionModel()->setCurrentIndex(current, QItemSelectionModel::ClearAndSelect | whole);
+        return true;
+    }
+};
+
 } // namespace
+
+void pimpl::selectFirstOnArrow(QAbstractItemView* view)
+{
+    view->installEventFilter(new FirstArrowSelects(view));
+}
 
 void DeviceSelector::setUpUsability()
 {
     QTableView* table = ui->tableView;
     table->setItemDelegate(new ElidedCellTips(table));
-    new MinimumFromLayout(this);
+    installEventFilter(new MinimumFromLayout(this));
     // The field's one button; the field keeps no pointer to it.
     d->searchOptions = searchEdit->findChild<QPushButton*>();
     connect(this, &DeviceSelector::selectedDeviceChanged, this, [this](const DeviceArg& chip) { d->chosen = chip; });
@@ -171,6 +199,7 @@ void DeviceSelector::setUpKeyboard()
     QTableView* table = ui->tableView;
     // Tab leaves the table instead of walking its cells.
     table->setTabKeyNavigation(false);
+    pimpl::selectFirstOnArrow(table);
     // The order of the screen, whatever order the form made them in: the left
     // column of boxes, the right one, the search row, the table.
     QWidget* const order[] = {ui->cbSeries,    ui->cbDevice, ui->cbDeviceVersion, ui->cbPackage,
