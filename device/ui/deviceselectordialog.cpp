@@ -131,18 +131,8 @@ DeviceSelectorDialog::DeviceSelectorDialog(DeviceDb* db, QWidget* parent)
             ok->click();
     });
 
-    // Above OK and Cancel, at the left, hidden unless the host shows it.
     d->setUpRecent(this);
-    QPushButton* recent = d->recentButton;
-    recent->hide();
-    layout->insertWidget(1, recent, 0, Qt::AlignLeft);
-    // From the table, and what the selector shows below it, to the buttons.
-    QWidget* last = table;
-    for (QWidget* next = table->nextInFocusChain(); selector->isAncestorOf(next); next = next->nextInFocusChain())
-        last = next;
-    setTabOrder(last, recent);
-    setTabOrder(recent, buttonBox->button(QDialogButtonBox::Ok));
-    setTabOrder(buttonBox->button(QDialogButtonBox::Ok), buttonBox->button(QDialogButtonBox::Cancel));
+    d->recentButton->hide();
 }
 
 DeviceSelectorDialog::~DeviceSelectorDialog() = default;
@@ -195,8 +185,24 @@ DeviceSelector* DeviceSelectorDialog::deviceSelector() const
     return selector;
 }
 
+/*
+ * Shown, the drop-down is one of the buttons, so the dialog stays its
+ * selector above its buttons. Hidden, it leaves the button box, which hands
+ * the focus Tab brings it to its first button, hidden or not, and keeps
+ * doing so after the button is removed until it lays its buttons out again.
+ */
 void DeviceSelectorDialog::setRecentVisible(bool visible)
 {
+    if (visible == recentVisible())
+        return;
+    if (visible) {
+        buttonBox->addButton(d->recentButton, QDialogButtonBox::ActionRole);
+    } else {
+        buttonBox->removeButton(d->recentButton);
+        if (buttonBox->focusProxy() == d->recentButton)
+            buttonBox->setFocusProxy(nullptr);
+        d->recentButton->setParent(this);
+    }
     d->recentButton->setVisible(visible);
 }
 
