@@ -91,7 +91,9 @@ public:
     QAction* removeFromComparison = nullptr;
 };
 
-/// The row of @p chip (pimpl::sameChip()), or -1.
+/// The row of @p chip (pimpl::sameChip()), or -1. Where one chip stands in
+/// several records (other device identifiers), @p chip's own record wins,
+/// so that the row shown is the record reported.
 int rowOfChip(ChipInfoTableModel& model, const ChipInfo& chip);
 
 /// Moves the series, device and version boxes to @p chip's values.

@@ -47,14 +47,21 @@ public:
 
     /// The chips of @p keys (as keys() writes them) that the database still
     /// knows, in their order; false, with @p chips untouched, for anything
-    /// keys() cannot have written.
+    /// keys() cannot have written: more than Kept chips, a chip twice or one
+    /// without a part number.
     bool readKeys(const QStringList& keys, QList<ChipInfo>* chips) const
     {
         if (keys.size() % 2 != 0 || keys.size() > 2 * Kept)
             return false;
         QList<ChipInfo> known;
         for (int k = 0; k < keys.size(); k += 2) {
-            const ChipInfo chip = keys.at(k).isEmpty() ? ChipInfo() : db->find(keys.at(k), keys.at(k + 1));
+            if (keys.at(k).isEmpty())
+                return false;
+            for (int earlier = 0; earlier < k; earlier += 2) {
+                if (keys.at(earlier) == keys.at(k) && keys.at(earlier + 1) == keys.at(k + 1))
+                    return false;
+            }
+            const ChipInfo chip = db->find(keys.at(k), keys.at(k + 1));
             if (!chip.partNumber.isEmpty())
                 known << chip;
         }

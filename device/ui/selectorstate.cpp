@@ -24,11 +24,15 @@ constexpr quint32 SelectorStateMagic = 0x44455332;
 
 int pimpl::rowOfChip(ChipInfoTableModel& model, const ChipInfo& chip)
 {
+    int first = -1;
     for (int row = 0; row < model.rowCount(); ++row) {
-        if (sameChip(model.index2chipInfo(model.index(row, 0)), chip))
+        const ChipInfo shown = model.index2chipInfo(model.index(row, 0));
+        if (sameChip(shown, chip) && shown.deviceId == chip.deviceId)
             return row;
+        if (sameChip(shown, chip) && first < 0)
+            first = row;
     }
-    return -1;
+    return first;
 }
 
 void DeviceSelector::setCurrentDevice(const ChipInfo& chip)
@@ -91,15 +95,16 @@ bool DeviceSelector::restoreState(const QByteArray& state)
     in >> magic >> sortColumn >> order;
     bool valid = magic == SelectorStateMagic && sortColumn >= -1 && sortColumn < columns
         && (order == Qt::AscendingOrder || order == Qt::DescendingOrder);
-    // Everything is read and checked before the table changes: each column once at a position of its own, and
-    // sizes that the header takes as they are.
+    // Everything is read and checked before the table changes: each column once at a position of its own, sizes
+    // that the header takes as they are, and a hidden column, which has no size, saved with none.
     QVector<qint32> position(columns), size(columns);
-    QVector<bool> hidden(columns);
+    QVector<quint8> hidden(columns);
     QVector<int> columnAt(columns, -1);
     for (int column = 0; valid && column < columns; ++column) {
         in >> position[column] >> size[column] >> hidden[column];
         valid = position[column] >= 0 && position[column] < columns && columnAt[position[column]] < 0
-            && size[column] >= 0 && size[column] <= header->maximumSectionSize();
+            && size[column] >= 0 && size[column] <= header->maximumSectionSize()
+            && (hidden[column] == 0 || (hidden[column] == 1 && size[column] == 0));
         if (valid)
             columnAt[position[column]] = column;
     }
@@ -108,9 +113,10 @@ bool DeviceSelector::restoreState(const QByteArray& state)
     for (int at = 0; at < columns; ++at) {
         const int column = columnAt[at];
         header->moveSection(header->visualIndex(column), at);
-        header->setSectionHidden(column, false);
-        header->resizeSection(column, size[column]);
-        header->setSectionHidden(column, hidden[column]);
+        // A hidden column keeps the width it had, to show with.
+        header->setSectionHidden(column, hidden[column] == 1);
+        if (hidden[column] == 0)
+            header->resizeSection(column, size[column]);
     }
     header->setSortIndicator(sortColumn, Qt::SortOrder(order));
     // The header shows the restored order but does not sort by itself.
