@@ -73,10 +73,11 @@ public:
     void setRequirements(const ChipRequirements& requirements);
 
     /**
-     * Shows or hides the "Recent" drop-down above OK and Cancel: the chips
-     * last accepted in this dialog (recentChips()), choosing one presets it
-     * as setCurrentDevice(const ChipInfo&) does. Hidden by default; the
-     * dialog keeps the list either way, and the list travels in saveState().
+     * Shows or hides the "Recent" drop-down among the OK and Cancel buttons:
+     * the chips last accepted in this dialog (recentChips()), choosing one
+     * presets it as setCurrentDevice(const ChipInfo&) does. Hidden by
+     * default; the dialog keeps the list either way, and the list travels in
+     * saveState().
      */
     void setRecentVisible(bool visible);
 
@@ -85,8 +86,9 @@ public:
 
     /**
      * The last eight chips accepted with OK (or accept()), newest first, each
-     * once; a chip accepted again moves to the front. Restored by
-     * restoreState() without the chips the database no longer knows.
+     * once (by part number and match key); a chip accepted again moves to the
+     * front. Restored by restoreState() without the chips the database no
+     * longer knows.
      */
     QList<ChipInfo> recentChips() const;
 
