@@ -255,11 +255,15 @@ bool DeviceSelectorDialog::restoreState(const QByteArray& state)
             in.setStatus(QDataStream::ReadCorruptData);
     }
     QList<ChipInfo> chips;
-    // Every part is checked before anything changes, the geometry on a
-    // widget of its own; the selector takes all of its part or none.
-    QWidget trial;
+    // Every part is checked before anything changes, the geometry on widgets
+    // of their own. Qt fits a restored geometry to the screen; one that it
+    // would fit anew when restored from its own save (a window of no height
+    // far below the screen) would not stay as restored, and is refused. The
+    // selector takes all of its part or none.
+    QWidget trial, again;
     if (in.status() != QDataStream::Ok || !in.atEnd() || magic != DialogStateMagic
         || !d->readKeys(recentKeys, &chips) || !trial.restoreGeometry(geometry)
+        || !again.restoreGeometry(trial.saveGeometry()) || again.geometry() != trial.geometry()
         || !selector->restoreState(selectorState))
         return false;
     restoreGeometry(geometry);
