@@ -10,21 +10,9 @@ DeviceArg::DeviceArg(const ChipInfo& info)
 {
 }
 
-DeviceArg& DeviceArg::operator=(const DeviceArg& other)
-{
-    deviceId = other.deviceId;
-    partNumber = other.partNumber;
-    series = other.series;
-    matchKey = other.matchKey;
-    device = other.device;
-    deviceVersion = other.deviceVersion;
-    package = other.package;
-    voltage = other.voltage;
-    speed = other.speed;
-    auxiliary = other.auxiliary;
-    resources = other.resources;
-    return *this;
-}
+// Out of line, so that hosts call the library's copy; defaulted, so that it
+// assigns every member, one added later too.
+DeviceArg& DeviceArg::operator=(const DeviceArg& other) = default;
 
 // Equality is identity of the device, not of the whole record: a host keeps
 // a DeviceArg around and asks "is this still the same device?".

@@ -169,6 +169,9 @@ QVariant ChipComparisonModel::data(const QModelIndex& index, int role) const
 
 QVariant ChipComparisonModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
+    // Bold is lost on assistive tools; what they read of a row says it as well.
+    if (orientation == Qt::Vertical && role == Qt::AccessibleTextRole && rowDiffers(section))
+        return QString(headerData(section, orientation).toString() + QStringLiteral(" (differs)"));
     if (role != Qt::DisplayRole || section < 0)
         return QVariant();
     if (orientation == Qt::Horizontal)

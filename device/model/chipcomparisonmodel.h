@@ -112,8 +112,10 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
     /**
-     * Qt::DisplayRole only: the chip's part number for a horizontal section,
-     * the attribute's name for a vertical one.
+     * Qt::DisplayRole: the chip's part number for a horizontal section, the
+     * attribute's name for a vertical one. Qt::AccessibleTextRole, for the
+     * vertical section of a row that differs: its name and " (differs)",
+     * which assistive tools read where the view shows bold.
      */
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 

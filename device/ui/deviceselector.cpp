@@ -3,17 +3,18 @@
 
 #include "chipcolumns.h"
 #include "chipfilter.h"
+#include "chipinfo_p.h"
 #include "chipinfotablemodel_p.h"
 #include "chipsearch.h"
 #include "devicedb.h"
 #include "deviceselector_p.h"
-#include "distinctvalues_p.h"
 #include "parallel_p.h"
 #include "searchlineedit.h"
 #include "tuning_p.h"
 #include "ui_deviceselector.h"
 
 #include <QAction>
+#include <QHash>
 #include <QHeaderView>
 #include <QTimer>
 
@@ -22,6 +23,14 @@
 #include <functional>
 #include <vector>
 
+/*
+ * The selector shows and searches positions in the database's list: the
+ * base (what the boxes and the minimums leave) and each search's hits are
+ * kept in database order, as the database's prepared search answers, and
+ * shown in the table's first order (part number ascending), which the
+ * database computes once for every selector. The table's sort right after
+ * then finds nothing to move, and no record is ever copied.
+ */
 namespace DEV {
 
 namespace {
@@ -33,79 +42,67 @@ constexpr int SectionWidths[][2] = {
     {8, 55},  {9, 50},  {10, 75}, {11, 75}, {12, 75}, {14, 120}, {13, 80}, {15, 40},
 };
 
-} // namespace
-
-/*
- * The selector shows and searches positions in the database's list: the
- * base (what the boxes and the minimums leave) and each search's hits are
- * kept in database order, as the database's prepared search answers, and
- * shown in the table's first order (part number ascending), which the
- * database computes once for every selector. The table's sort right after
- * then finds nothing to move, and no record is ever copied.
- */
-namespace {
-
-// One search of the field and its hits. While the user types on, each
-// pattern extends the one before and its hits are among the earlier ones.
-struct SearchStep
-{
-    ChipFilterBySearch search;
-    QVector<int> hits;
-};
-
 // Enough steps for a part number's worth of Backspace without searching again.
 constexpr int KeptSteps = 8;
 
 // A box with this many entries is sized by their length, not their measure.
 constexpr int ManyEntries = 1000;
 
-} // namespace
-
-struct DeviceSelector::Private : pimpl::SelectorAddOns
+/*
+ * Distinct values in order of first appearance. Catalogues hold tens of
+ * thousands of chips, so membership is a hash look-up rather than a scan of
+ * the list gathered so far; the result is sorted afterwards, so only the set
+ * of values matters.
+ */
+class DistinctValues
 {
-    QList<ChipInfo> all;
-    ChipSearch search;
-    /// Positions in all in part-number order.
-    QVector<int> order;
-    /// The boxes and minimums the base was made for, and the base itself
-    /// (positions in all, ascending); every chip when baseIsAll.
-    ChipFilter baseFilter;
-    QVector<int> base;
-    bool baseIsAll = true;
-    bool baseValid = false;
-    std::vector<SearchStep> steps;
-    pimpl::Later<QVector<int>> pendingOrder;
-    pimpl::Later<ChipSearch> pendingSearch;
-
-    // Takes the order and the search once they are made.
-    void await()
+public:
+    void add(const QString& value)
     {
-        if (pendingOrder.pending())
-            order = pendingOrder.take();
-        if (pendingSearch.pending())
-            search = pendingSearch.take();
-    }
-
-    // @p positions (in all, ascending) in part-number order: one pass over
-    // the order, whatever their number.
-    QVector<int> inTableOrder(const QVector<int>& positions) const
-    {
-        if (positions.size() == all.size())
-            return order;
-        std::vector<char> shown(size_t(all.size()), 0);
-        for (int k : positions)
-            shown[size_t(k)] = 1;
-        QVector<int> rows;
-        rows.reserve(positions.size());
-        for (int k : order) {
-            if (shown[size_t(k)])
-                rows.append(k);
+        // Chips of one device stand together and share their values:
+        // comparing with the last value spares most hash look-ups.
+        if (m_last >= 0 && pimpl::sameText(value, m_values.at(m_last)))
+            return;
+        const auto seen = m_seen.constFind(value);
+        m_last = seen != m_seen.constEnd() ? seen.value() : int(m_values.size());
+        if (seen == m_seen.constEnd()) {
+            m_seen.insert(value, m_last);
+            m_values.append(value);
         }
-        return rows;
     }
-};
 
-namespace {
+    void add(const DistinctValues& other)
+    {
+        for (const QString& value : other.m_values)
+            add(value);
+    }
+
+    /// The values in ascending code-unit order, after "Any".
+    QStringList ascending()
+    {
+        m_values.sort(Qt::CaseSensitive);
+        return withAny();
+    }
+
+    /// The values in descending code-unit order, after "Any": the newest
+    /// device version first, the initial (empty) one last.
+    QStringList descending()
+    {
+        std::sort(m_values.begin(), m_values.end(), std::greater<QString>());
+        return withAny();
+    }
+
+private:
+    QStringList withAny()
+    {
+        m_values.prepend(QStringLiteral("Any"));
+        return m_values;
+    }
+
+    QHash<QString, int> m_seen; // where in m_values
+    QStringList m_values;
+    int m_last = -1; // in m_values
+};
 
 bool sameFilter(const ChipFilter& a, const ChipFilter& b)
 {
@@ -115,38 +112,28 @@ bool sameFilter(const ChipFilter& a, const ChipFilter& b)
         && a.package == b.package && a.auxiliary == b.auxiliary && a.voltage == b.voltage && a.speed == b.speed;
 }
 
-} // namespace
-
-DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
-    : QWidget(parent)
-    , ui(new Ui_DeviceSelector)
-    , db(db)
-    , model(nullptr)
-    , currentDeviceIndex()
-    , searchEdit(nullptr)
-    , d(new Private)
+// The search field, between the "Search:" caption and the match count.
+SearchLineEdit* addSearchField(const Ui_DeviceSelector& ui, DeviceSelector* selector)
 {
-    ui->setupUi(this);
-    d->all = db->allChipInfo();
-    // Both are the database's, made once for all its selectors: the first
-    // selector has them made while it builds its boxes.
-    const bool worth = d->all.size() >= pimpl::tuning().selectorParallelFrom;
-    d->pendingOrder.start(worth, [db] { return db->partNumberOrder(); });
-    d->pendingSearch.start(worth, [db] { return db->preparedSearch(); });
-
-    searchEdit = new SearchLineEdit(this);
-    ui->SerarchLayout->insertWidget(1, searchEdit, 0);
-    connect(searchEdit, SIGNAL(patternSyntaxChange()), this, SLOT(filterBySearch()));
+    auto* edit = new SearchLineEdit(selector);
+    ui.SerarchLayout->insertWidget(1, edit, 0);
+    QObject::connect(edit, SIGNAL(patternSyntaxChange()), selector, SLOT(filterBySearch()));
     // textEdited fires for the user's typing only, not for setText().
-    connect(searchEdit, SIGNAL(textEdited(QString)), this, SLOT(filterBySearch()));
+    QObject::connect(edit, SIGNAL(textEdited(QString)), selector, SLOT(filterBySearch()));
+    return edit;
+}
 
-    ui->labelDeviceVersion->setAlignment(Qt::AlignTop);
-    ui->labelDeviceVersion->setText(
-        tr("<p style='line-height:60%'> Device Version: </p><p style='font-size:9px;line-height:0px'> "
-           "&#10056;no version number is initial version </p>"));
+// The caption tells what the blank version entry stands for.
+void captionVersions(QLabel* label)
+{
+    label->setAlignment(Qt::AlignTop);
+    label->setText(
+        DeviceSelector::tr("<p style='line-height:60%'> Device Version: </p><p style='font-size:9px;line-height:0px'> "
+                           "&#10056;no version number is initial version </p>"));
+}
 
-    model = new ChipInfoTableModel(this);
-    QTableView* table = ui->tableView;
+void setUpTable(QTableView* table, ChipInfoTableModel* model)
+{
     table->setModel(model);
     table->setSortingEnabled(true);
     // The Series column repeats what the Series combo box shows.
@@ -159,29 +146,18 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
     table->horizontalHeader()->setHighlightSections(false);
     for (const auto& width : SectionWidths)
         table->horizontalHeader()->resizeSection(width[0], width[1]);
+}
 
-    // Filled before its signal is connected, so filling it triggers nothing.
-    pimpl::DistinctValues series;
-    const QList<ChipInfo> chips = chipsOfCascade();
-    for (const ChipInfo& chip : chips)
-        series.add(chip.series);
-    ui->cbSeries->insertItems(ui->cbSeries->count(), series.ascending());
-
-    connect(ui->cbSeries, SIGNAL(currentIndexChanged(int)), this, SLOT(onSeriesChanged()));
-    connect(table->selectionModel(), SIGNAL(selectionChanged(QItemSelection, QItemSelection)), this,
-            SLOT(onIndexSelected()));
-    setUpUsability();
-
-    // "Any" series: fills the dependent boxes from every chip and shows the
-    // whole database.
-    onSeriesChanged();
-
-    // Qt fits a box to its widest entry by measuring every entry as the
-    // selector is first shown, some microseconds each: a fifth of a second
-    // for the devices of a million-chip catalogue. Such a box is made as
-    // wide as its longest entry's number of characters instead, and one
-    // more for letters wider than the average capital Qt counts with.
-    for (QComboBox* box : {ui->cbSeries, ui->cbDevice, ui->cbPackage, ui->cbCondition, ui->cbDeviceVersion}) {
+/*
+ * Qt fits a box to its widest entry by measuring every entry as the selector
+ * is first shown, some microseconds each: a fifth of a second for the
+ * devices of a million-chip catalogue. Such a box is made as wide as its
+ * longest entry's number of characters instead, and one more for letters
+ * wider than the average capital Qt counts with.
+ */
+void fitLongBoxes(const Ui_DeviceSelector& ui)
+{
+    for (QComboBox* box : {ui.cbSeries, ui.cbDevice, ui.cbPackage, ui.cbCondition, ui.cbDeviceVersion}) {
         if (box->count() < ManyEntries)
             continue;
         int longest = 0;
@@ -190,6 +166,71 @@ DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
         box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
         box->setMinimumContentsLength(longest + 1);
     }
+}
+
+} // namespace
+
+void pimpl::DeviceSelectorPrivate::await()
+{
+    if (pendingOrder.pending())
+        order = pendingOrder.take();
+    if (pendingSearch.pending())
+        search = pendingSearch.take();
+}
+
+// One pass over the order, whatever the number of positions.
+QVector<int> pimpl::DeviceSelectorPrivate::inTableOrder(const QVector<int>& positions) const
+{
+    if (positions.size() == all.size())
+        return order;
+    std::vector<char> shown(size_t(all.size()), 0);
+    for (int k : positions)
+        shown[size_t(k)] = 1;
+    QVector<int> rows;
+    rows.reserve(positions.size());
+    for (int k : order) {
+        if (shown[size_t(k)])
+            rows.append(k);
+    }
+    return rows;
+}
+
+DeviceSelector::DeviceSelector(DeviceDb* db, QWidget* parent)
+    : QWidget(parent)
+    , ui(new Ui_DeviceSelector)
+    , db(db)
+    , model(nullptr)
+    , currentDeviceIndex()
+    , searchEdit(nullptr)
+    , d(new pimpl::DeviceSelectorPrivate)
+{
+    ui->setupUi(this);
+    d->all = db->allChipInfo();
+    // Both are the database's, made once for all its selectors: the first
+    // selector has them made while it builds its boxes.
+    const bool worth = d->all.size() >= pimpl::tuning().selectorParallelFrom;
+    d->pendingOrder.start(worth, [db] { return db->partNumberOrder(); });
+    d->pendingSearch.start(worth, [db] { return db->preparedSearch(); });
+
+    searchEdit = addSearchField(*ui, this);
+    captionVersions(ui->labelDeviceVersion);
+    model = new ChipInfoTableModel(this);
+    setUpTable(ui->tableView, model);
+    // Filled before its signal is connected, so filling it triggers nothing.
+    ui->cbSeries->insertItems(ui->cbSeries->count(), seriesOfCascade());
+    connect(ui->cbSeries, SIGNAL(currentIndexChanged(int)), this, SLOT(onSeriesChanged()));
+    connect(ui->tableView->selectionModel(), SIGNAL(selectionChanged(QItemSelection, QItemSelection)), this,
+            SLOT(onIndexSelected()));
+    setUpUsability();
+    // "Any" series: fills the dependent boxes from every chip and shows the
+    // whole database.
+    onSeriesChanged();
+    fitLongBoxes(*ui);
+}
+
+DeviceSelector::DeviceSelector(QWidget* parent)
+    : DeviceSelector(DeviceDb::instance(), parent)
+{
 }
 
 DeviceSelector::~DeviceSelector()
@@ -201,41 +242,60 @@ DeviceSelector::~DeviceSelector()
     delete ui;
 }
 
-void DeviceSelector::onSeriesChanged()
+namespace {
+
+// devices, packages, speeds, versions
+using BoxValues = std::array<DistinctValues, 4>;
+
+// The values of the chips of @p series ("Any": of all) for the four boxes
+// under the series box, a long list in parts at once: only the set of
+// values matters, as each box sorts them.
+BoxValues valuesOfSeries(const QList<ChipInfo>& chips, const QString& series)
 {
-    const QString series = ui->cbSeries->currentText();
     const bool anySeries = series == QLatin1String("Any");
-    const QList<ChipInfo> chips = chipsOfCascade();
-    // devices, packages, speeds, versions
-    using Boxes = std::array<pimpl::DistinctValues, 4>;
-    const auto collect = [&](int from, int to, Boxes& boxes) {
-        for (int i = from; i < to; ++i) {
+    const int n = int(chips.size());
+    std::vector<BoxValues> parts(size_t(pimpl::partsFor(n, pimpl::tuning().selectorParallelFrom)));
+    pimpl::runParts(int(parts.size()), [&](int p) {
+        BoxValues& values = parts[size_t(p)];
+        const int to = int(pimpl::partStart(n, p + 1, int(parts.size())));
+        for (int i = int(pimpl::partStart(n, p, int(parts.size()))); i < to; ++i) {
             const ChipInfo& chip = chips.at(i);
             if (!anySeries && chip.series != series)
                 continue;
-            boxes[0].add(chip.device);
-            boxes[1].add(chip.package);
-            boxes[2].add(chip.speed);
-            boxes[3].add(chip.deviceVersion);
+            values[0].add(chip.device);
+            values[1].add(chip.package);
+            values[2].add(chip.speed);
+            values[3].add(chip.deviceVersion);
         }
-    };
-    // A long list in parts at once; only the set of values matters, as each
-    // box sorts them.
-    const int n = int(chips.size());
-    std::vector<Boxes> parts(size_t(pimpl::partsFor(n, pimpl::tuning().selectorParallelFrom)));
-    pimpl::runParts(int(parts.size()), [&](int p) {
-        collect(int(pimpl::partStart(n, p, int(parts.size()))), int(pimpl::partStart(n, p + 1, int(parts.size()))),
-                parts[size_t(p)]);
     });
-    Boxes& boxes = parts.front();
+    BoxValues& values = parts.front();
     for (size_t p = 1; p < parts.size(); ++p) {
-        for (size_t b = 0; b < boxes.size(); ++b)
-            boxes[b].add(parts[p][b]);
+        for (size_t b = 0; b < values.size(); ++b)
+            values[b].add(parts[p][b]);
     }
-    pimpl::DistinctValues& devices = boxes[0];
-    pimpl::DistinctValues& packages = boxes[1];
-    pimpl::DistinctValues& speeds = boxes[2];
-    pimpl::DistinctValues& versions = boxes[3];
+    return std::move(values);
+}
+
+} // namespace
+
+void pimpl::refill(QComboBox* box, const QStringList& entries)
+{
+    box->clear();
+    box->insertItems(box->count(), entries);
+}
+
+QStringList DeviceSelector::seriesOfCascade() const
+{
+    DistinctValues series;
+    const QList<ChipInfo> chips = chipsOfCascade();
+    for (const ChipInfo& chip : chips)
+        series.add(chip.series);
+    return series.ascending();
+}
+
+void DeviceSelector::onSeriesChanged()
+{
+    BoxValues values = valuesOfSeries(chipsOfCascade(), ui->cbSeries->currentText());
 
     // Refilling moves every box's current index; without these connections
     // the refill runs neither the filter nor the version refill once per box.
@@ -244,14 +304,9 @@ void DeviceSelector::onSeriesChanged()
         disconnect(box, SIGNAL(currentIndexChanged(int)), this, SLOT(filter()));
     disconnect(ui->cbDevice, SIGNAL(currentIndexChanged(int)), this, SLOT(onDeviceChanged()));
 
-    ui->cbDevice->clear();
-    ui->cbDevice->insertItems(ui->cbDevice->count(), devices.ascending());
-    ui->cbPackage->clear();
-    ui->cbPackage->insertItems(ui->cbPackage->count(), packages.ascending());
-    ui->cbCondition->clear();
-    ui->cbCondition->insertItems(ui->cbCondition->count(), speeds.ascending());
-    ui->cbDeviceVersion->clear();
-    ui->cbDeviceVersion->insertItems(ui->cbDeviceVersion->count(), versions.descending());
+    for (int b = 0; b < 3; ++b)
+        pimpl::refill(dependents[b], values[size_t(b)].ascending());
+    pimpl::refill(ui->cbDeviceVersion, values[3].descending());
 
     // The device box's filter connection comes first, so a device change
     // filters before it refills the versions.
@@ -269,20 +324,15 @@ void DeviceSelector::onDeviceChanged()
     const QString series = ui->cbSeries->currentText();
     const bool anyDevice = ui->cbDevice->currentIndex() == 0;
     const QString device = ui->cbDevice->currentText();
-    pimpl::DistinctValues versions;
+    DistinctValues versions;
     const QList<ChipInfo> chips = chipsOfCascade();
     for (const ChipInfo& chip : chips) {
-        if (chip.series != series)
-            continue;
-        if (!anyDevice && chip.device != device)
-            continue;
-        versions.add(chip.deviceVersion);
+        if (chip.series == series && (anyDevice || chip.device == device))
+            versions.add(chip.deviceVersion);
     }
-
     // The box stays connected to filter(): clearing and refilling it runs
     // the filter as the index moves to -1 and back to 0.
-    ui->cbDeviceVersion->clear();
-    ui->cbDeviceVersion->insertItems(ui->cbDeviceVersion->count(), versions.descending());
+    pimpl::refill(ui->cbDeviceVersion, versions.descending());
 }
 
 namespace {
@@ -290,17 +340,16 @@ namespace {
 // Index 0 ("Any") leaves a criterion null, which constrains nothing.
 ChipFilter filterFromBoxes(const Ui_DeviceSelector& ui)
 {
+    const std::pair<QComboBox*, QString ChipFilter::*> criteria[] = {
+        {ui.cbSeries, &ChipFilter::series},   {ui.cbDevice, &ChipFilter::device},
+        {ui.cbPackage, &ChipFilter::package}, {ui.cbCondition, &ChipFilter::speed},
+        {ui.cbDeviceVersion, &ChipFilter::deviceVersion},
+    };
     ChipFilter filter;
-    if (ui.cbSeries->currentIndex() != 0)
-        filter.series = ui.cbSeries->currentText();
-    if (ui.cbDevice->currentIndex() != 0)
-        filter.device = ui.cbDevice->currentText();
-    if (ui.cbPackage->currentIndex() != 0)
-        filter.package = ui.cbPackage->currentText();
-    if (ui.cbCondition->currentIndex() != 0)
-        filter.speed = ui.cbCondition->currentText();
-    if (ui.cbDeviceVersion->currentIndex() != 0)
-        filter.deviceVersion = ui.cbDeviceVersion->currentText();
+    for (const auto& [box, criterion] : criteria) {
+        if (box->currentIndex() != 0)
+            filter.*criterion = box->currentText();
+    }
     return filter;
 }
 
@@ -349,21 +398,18 @@ void DeviceSelector::filterBySearch()
 
     ChipFilterBySearch search;
     search.group = searchEdit->filterGroup();
-    if (searchEdit->wildCardAction->isChecked())
-        search.patternSyntax = 0;
-    else if (searchEdit->regExpAction->isChecked())
-        search.patternSyntax = 1;
-    else if (searchEdit->matchExactlyAction->isChecked())
-        search.patternSyntax = 2;
-    else
-        search.patternSyntax = 3;
+    // The first option checked wins; none is "Match anywhere".
+    search.patternSyntax = searchEdit->wildCardAction->isChecked() ? 0
+        : searchEdit->regExpAction->isChecked()                     ? 1
+        : searchEdit->matchExactlyAction->isChecked()               ? 2
+                                                                    : 3;
     search.caseSensitive = searchEdit->caseSensitiveAction->isChecked();
     search.pattern = searchEdit->text();
 
     d->await();
     updateBase();
     // Typing on searches the last hits only; Backspace goes back to them.
-    std::vector<SearchStep>& steps = d->steps;
+    std::vector<pimpl::SearchStep>& steps = d->steps;
     while (!steps.empty() && !narrows(search, steps.back().search))
         steps.pop_back();
     if (steps.empty() || steps.back().search.pattern != search.pattern) {
@@ -470,17 +516,6 @@ void DeviceSelector::showPreset(const QModelIndex& index)
     currentDeviceIndex = index;
     // Scrolling must wait until the widget has been laid out and shown.
     QTimer::singleShot(0, this, SLOT(scrollToCurrentDevice()));
-}
-
-pimpl::SelectorAddOns& DeviceSelector::addOns() const
-{
-    return *d;
-}
-
-void DeviceSelector::setApplied(const ChipRequirements& requirements)
-{
-    d->applied = requirements;
-    d->baseValid = false;
 }
 
 } // namespace DEV

@@ -18,7 +18,7 @@ class DeviceDb;
 class SearchLineEdit;
 class Ui_DeviceSelector;
 namespace pimpl {
-struct SelectorAddOns;
+class DeviceSelectorPrivate;
 }
 
 /**
@@ -66,9 +66,6 @@ public:
      */
     explicit DeviceSelector(QWidget* parent);
     ~DeviceSelector() override;
-
-    DeviceSelector(const DeviceSelector&) = delete;
-    DeviceSelector& operator=(const DeviceSelector&) = delete;
 
     /// The chip of the selected row, or an empty record when no row is selected.
     ChipInfo selectedDevice() const;
@@ -186,30 +183,26 @@ private:
 
     // The rest of the state, behind one pointer so that the class keeps its
     // size as the widget learns more.
-    struct Private;
-    std::unique_ptr<Private> d;
+    std::unique_ptr<pimpl::DeviceSelectorPrivate> const d;
+    // The dialog answers a double-click on a row of the table.
+    friend class DeviceSelectorDialog;
 
     void updateBase();
     void showPreset(const QModelIndex& index);
-
-    // The add-ons, each in a file of its own, keep their state here.
-    pimpl::SelectorAddOns& addOns() const;
-
     QList<ChipInfo> chipsOfCascade() const;
-    void setUpRequirements();
-    void applyRequirements();
-    void setApplied(const ChipRequirements& requirements);
+    QStringList seriesOfCascade() const;
 
     void setUpUsability();
+    void setUpRequirements();
+    void applyRequirements();
+    void setUpComparison();
+    void updateChipActions();
+    void showSamePackage(const ChipInfo& chip);
     void setUpKeyboard();
     void setUpAccessibility();
     void makeCurrent(const QModelIndex& index);
     void reselectAfterSort();
     void copySelection(bool wholeRow) const;
-
-    void setUpComparison();
-    void updateChipActions();
-    void showSamePackage(const ChipInfo& chip);
 };
 
 } // namespace DEV

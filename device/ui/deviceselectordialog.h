@@ -7,6 +7,8 @@
 
 #include <QDialog>
 
+#include <memory>
+
 class QDialogButtonBox;
 
 namespace DEV {
@@ -14,6 +16,9 @@ namespace DEV {
 class DeviceDb;
 struct ChipRequirements;
 class DeviceSelector;
+namespace pimpl {
+class DeviceSelectorDialogPrivate;
+}
 
 /**
  * @brief A modal dialog that asks the user for one chip.
@@ -38,9 +43,6 @@ public:
     /// Builds the dialog over @p db, which is not owned and must outlive it.
     explicit DeviceSelectorDialog(DeviceDb* db, QWidget* parent = nullptr);
     ~DeviceSelectorDialog() override;
-
-    DeviceSelectorDialog(const DeviceSelectorDialog&) = delete;
-    DeviceSelectorDialog& operator=(const DeviceSelectorDialog&) = delete;
 
     /**
      * Opens a modal dialog over @p db preset to the device identifier
@@ -71,10 +73,11 @@ public:
     void setRequirements(const ChipRequirements& requirements);
 
     /**
-     * Shows or hides the "Recent" drop-down above OK and Cancel: the chips
-     * last accepted in this dialog (recentChips()), choosing one presets it
-     * as setCurrentDevice(const ChipInfo&) does. Hidden by default; the
-     * dialog keeps the list either way, and the list travels in saveState().
+     * Shows or hides the "Recent" drop-down among the OK and Cancel buttons:
+     * the chips last accepted in this dialog (recentChips()), choosing one
+     * presets it as setCurrentDevice(const ChipInfo&) does. Hidden by
+     * default; the dialog keeps the list either way, and the list travels in
+     * saveState().
      */
     void setRecentVisible(bool visible);
 
@@ -83,8 +86,9 @@ public:
 
     /**
      * The last eight chips accepted with OK (or accept()), newest first, each
-     * once; a chip accepted again moves to the front. Restored by
-     * restoreState() without the chips the database no longer knows.
+     * once (by part number and match key); a chip accepted again moves to the
+     * front. Restored by restoreState() without the chips the database no
+     * longer knows.
      */
     QList<ChipInfo> recentChips() const;
 
@@ -130,6 +134,7 @@ private Q_SLOTS:
 private:
     DeviceSelector* selector;
     QDialogButtonBox* buttonBox;
+    std::unique_ptr<pimpl::DeviceSelectorDialogPrivate> const d;
 };
 
 } // namespace DEV

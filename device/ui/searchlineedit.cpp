@@ -91,10 +91,8 @@ SearchLineEdit::~SearchLineEdit()
     rangeActions.clear();
     for (QAction** action :
          {&caseSensitiveAction, &wildCardAction, &regExpAction, &matchExactlyAction, &matchAnywhereAction}) {
-        if (*action) {
-            delete *action;
-            *action = nullptr;
-        }
+        delete *action;
+        *action = nullptr;
     }
 }
 

@@ -56,9 +56,6 @@ public:
     explicit SearchLineEdit(QWidget* parent = nullptr);
     ~SearchLineEdit() override;
 
-    SearchLineEdit(const SearchLineEdit&) = delete;
-    SearchLineEdit& operator=(const SearchLineEdit&) = delete;
-
     /**
      * The column group to search: the data of the first checked action of
      * rangeActions, 0 ("All") when none is checked. 1 to 16 are "Series",

@@ -5,7 +5,6 @@
 
 #include "chipcomparisonmodel.h"
 #include "chipinfotablemodel.h"
-#include "comparisonpanel_p.h"
 #include "devicedb.h"
 #include "deviceselector_p.h"
 #include "searchlineedit.h"
@@ -23,6 +22,55 @@
 
 namespace DEV {
 namespace pimpl {
+
+/**
+ * The selector's comparison panel: the compared chips side by side (a
+ * ChipComparisonModel), with buttons to choose the chip of the current
+ * column in the table, to remove it and to clear the comparison. A
+ * double-click on a column, or Enter, chooses its chip as well.
+ */
+class ComparisonPanel : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ComparisonPanel(QWidget* parent);
+
+    ChipComparisonModel* model() const { return m_model; }
+
+    /// Its widgets in the order Tab visits them.
+    QList<QWidget*> focusOrder() const { return {m_view, m_choose, m_remove, m_clear}; }
+
+Q_SIGNALS:
+    /// The user asked for @p chip to be chosen in the table.
+    void chosen(const DEV::ChipInfo& chip);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    int currentColumn() const { return m_view->currentIndex().isValid() ? m_view->currentIndex().column() : -1; }
+
+    void choose(int column)
+    {
+        if (column >= 0 && column < m_model->columnCount())
+            Q_EMIT chosen(m_model->chips().at(column));
+    }
+
+    void updateButtons()
+    {
+        const bool current = currentColumn() >= 0;
+        m_choose->setEnabled(current);
+        m_remove->setEnabled(current);
+        m_clear->setEnabled(m_model->columnCount() > 0);
+    }
+
+    ChipComparisonModel* m_model;
+    QTableView* m_view;
+    QPushButton* m_choose;
+    QPushButton* m_remove;
+    QPushButton* m_clear;
+};
 
 ComparisonPanel::ComparisonPanel(QWidget* parent)
     : QWidget(parent)
@@ -55,6 +103,7 @@ ComparisonPanel::ComparisonPanel(QWidget* parent)
     m_view->horizontalHeader()->setHighlightSections(false);
     m_view->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     m_view->installEventFilter(this);
+    selectFirstOnArrow(m_view);
     m_view->setAccessibleName(DeviceSelector::tr("Compared chips"));
     m_view->setAccessibleDescription(DeviceSelector::tr(
         "One column per chip, the rows that differ in bold; Enter or a double-click selects the column's chip in the table"));
@@ -87,59 +136,34 @@ bool ComparisonPanel::eventFilter(QObject* watched, QEvent* event)
     return QWidget::eventFilter(watched, event);
 }
 
-QList<QWidget*> ComparisonPanel::focusOrder() const
-{
-    return {m_view, m_choose, m_remove, m_clear};
-}
-
-int ComparisonPanel::currentColumn() const
-{
-    return m_view->currentIndex().isValid() ? m_view->currentIndex().column() : -1;
-}
-
-void ComparisonPanel::choose(int column)
-{
-    if (column >= 0 && column < m_model->columnCount())
-        Q_EMIT chosen(m_model->chips().at(column));
-}
-
-void ComparisonPanel::updateButtons()
-{
-    const bool current = currentColumn() >= 0;
-    m_choose->setEnabled(current);
-    m_remove->setEnabled(current);
-    m_clear->setEnabled(m_model->columnCount() > 0);
-}
-
 } // namespace pimpl
 
 void DeviceSelector::setUpComparison()
 {
-    pimpl::SelectorAddOns& a = addOns();
-    a.comparison = new pimpl::ComparisonPanel(this);
-    a.comparison->hide();
+    d->comparison = new pimpl::ComparisonPanel(this);
+    d->comparison->hide();
     // Shown, it shares the height with the table.
-    ui->verticalLayout->addWidget(a.comparison, 1);
+    ui->verticalLayout->addWidget(d->comparison, 1);
     ui->verticalLayout->setStretchFactor(ui->tableView, 1);
-    connect(a.comparison, &pimpl::ComparisonPanel::chosen, this, [this](const ChipInfo& chip) { setCurrentDevice(chip); });
+    connect(d->comparison, &pimpl::ComparisonPanel::chosen, this, [this](const ChipInfo& chip) { setCurrentDevice(chip); });
     QWidget* previous = ui->tableView;
-    for (QWidget* next : a.comparison->focusOrder()) {
+    for (QWidget* next : d->comparison->focusOrder()) {
         setTabOrder(previous, next);
         previous = next;
     }
 
     QTableView* table = ui->tableView;
-    a.separator = new QAction(table);
-    a.separator->setSeparator(true);
-    a.samePackage = new QAction(tr("Show chips in the same package"), table);
-    a.addToComparison = new QAction(tr("Add to comparison"), table);
-    a.removeFromComparison = new QAction(tr("Remove from comparison"), table);
+    d->separator = new QAction(table);
+    d->separator->setSeparator(true);
+    d->samePackage = new QAction(tr("Show chips in the same package"), table);
+    d->addToComparison = new QAction(tr("Add to comparison"), table);
+    d->removeFromComparison = new QAction(tr("Remove from comparison"), table);
     // A copy: the first rebuild voids the chosen chip.
-    connect(a.samePackage, &QAction::triggered, this, [this] { showSamePackage(ChipInfo(addOns().chosen)); });
-    ChipComparisonModel* compared = a.comparison->model();
-    connect(a.addToComparison, &QAction::triggered, this, [this, compared] { compared->addChip(addOns().chosen); });
-    connect(a.removeFromComparison, &QAction::triggered, this,
-            [this, compared] { compared->removeChip(addOns().chosen.partNumber); });
+    connect(d->samePackage, &QAction::triggered, this, [this] { showSamePackage(ChipInfo(d->chosen)); });
+    ChipComparisonModel* compared = d->comparison->model();
+    connect(d->addToComparison, &QAction::triggered, this, [this, compared] { compared->addChip(d->chosen); });
+    connect(d->removeFromComparison, &QAction::triggered, this,
+            [this, compared] { compared->removeChip(d->chosen.partNumber); });
     // After the chosen chip was noted (setUpUsability()).
     connect(this, &DeviceSelector::selectedDeviceChanged, this, [this] { updateChipActions(); });
     connect(compared, &QAbstractItemModel::modelReset, this, [this] { updateChipActions(); });
@@ -150,13 +174,12 @@ void DeviceSelector::setUpComparison()
 
 void DeviceSelector::updateChipActions()
 {
-    const pimpl::SelectorAddOns& a = addOns();
-    const bool chip = !a.chosen.partNumber.isEmpty();
-    const bool compared = chip && a.comparison->model()->columnOf(a.chosen.partNumber) >= 0;
-    a.samePackage->setEnabled(chip);
-    a.addToComparison->setEnabled(chip);
-    a.addToComparison->setVisible(!compared);
-    a.removeFromComparison->setVisible(compared);
+    const bool chip = !d->chosen.partNumber.isEmpty();
+    const bool compared = chip && d->comparison->model()->columnOf(d->chosen.partNumber) >= 0;
+    d->samePackage->setEnabled(chip);
+    d->addToComparison->setEnabled(chip);
+    d->addToComparison->setVisible(!compared);
+    d->removeFromComparison->setVisible(compared);
 }
 
 /*
@@ -189,9 +212,8 @@ void DeviceSelector::setComparisonVisible(bool visible)
 {
     // The entries join the context menu with the panel: by default the menu
     // holds the copy actions only.
-    const pimpl::SelectorAddOns& a = addOns();
-    a.comparison->setVisible(visible);
-    for (QAction* action : {a.separator, a.samePackage, a.addToComparison, a.removeFromComparison}) {
+    d->comparison->setVisible(visible);
+    for (QAction* action : {d->separator, d->samePackage, d->addToComparison, d->removeFromComparison}) {
         if (visible)
             ui->tableView->addAction(action);
         else
@@ -201,12 +223,12 @@ void DeviceSelector::setComparisonVisible(bool visible)
 
 bool DeviceSelector::comparisonVisible() const
 {
-    return !addOns().comparison->isHidden();
+    return !d->comparison->isHidden();
 }
 
 QList<ChipInfo> DeviceSelector::comparedChips() const
 {
-    return addOns().comparison->model()->chips();
+    return d->comparison->model()->chips();
 }
 
 void DeviceSelector::setComparedChips(const QList<ChipInfo>& chips)
@@ -217,7 +239,9 @@ void DeviceSelector::setComparedChips(const QList<ChipInfo>& chips)
         if (!found.partNumber.isEmpty())
             known << found;
     }
-    addOns().comparison->model()->setChips(known);
+    d->comparison->model()->setChips(known);
 }
 
 } // namespace DEV
+
+#include "selectorcomparison.moc"

@@ -3,6 +3,7 @@
 // a header click, and the table's state kept between sessions.
 #include "deviceselector.h"
 
+#include "chipinfo_p.h"
 #include "chipinfotablemodel.h"
 #include "devicedb.h"
 #include "deviceselector_p.h"
@@ -23,17 +24,15 @@ constexpr quint32 SelectorStateMagic = 0x44455332;
 
 int pimpl::rowOfChip(ChipInfoTableModel& model, const ChipInfo& chip)
 {
+    int first = -1;
     for (int row = 0; row < model.rowCount(); ++row) {
         const ChipInfo shown = model.index2chipInfo(model.index(row, 0));
-        if (shown.partNumber == chip.partNumber && shown.matchKey == chip.matchKey && shown.deviceId == chip.deviceId)
+        if (sameChip(shown, chip) && shown.deviceId == chip.deviceId)
             return row;
+        if (sameChip(shown, chip) && first < 0)
+            first = row;
     }
-    return -1;
-}
-
-DeviceSelector::DeviceSelector(QWidget* parent)
-    : DeviceSelector(DeviceDb::instance(), parent)
-{
+    return first;
 }
 
 void DeviceSelector::setCurrentDevice(const ChipInfo& chip)
@@ -57,20 +56,19 @@ void DeviceSelector::setCurrentDevice(const ChipInfo& chip)
  */
 void DeviceSelector::reselectAfterSort()
 {
-    pimpl::SelectorAddOns& kept = addOns();
     QItemSelectionModel* selection = ui->tableView->selectionModel();
-    if ((kept.chosen.partNumber.isEmpty() && kept.chosen.deviceId.isEmpty()) || selection->hasSelection())
+    if ((d->chosen.partNumber.isEmpty() && d->chosen.deviceId.isEmpty()) || selection->hasSelection())
         return;
-    const int row = pimpl::rowOfChip(*model, kept.chosen);
+    const int row = pimpl::rowOfChip(*model, d->chosen);
     if (row < 0) {
         Q_EMIT selectedDeviceChanged(DeviceArg());
         return;
     }
     const QModelIndex index = model->index(row, 0);
-    kept.reselecting = true;
+    d->reselecting = true;
     selection->select(index, QItemSelectionModel::Select | QItemSelectionModel::Rows);
     makeCurrent(index);
-    kept.reselecting = false;
+    d->reselecting = false;
     ui->tableView->scrollTo(index);
 }
 
@@ -97,15 +95,16 @@ bool DeviceSelector::restoreState(const QByteArray& state)
     in >> magic >> sortColumn >> order;
     bool valid = magic == SelectorStateMagic && sortColumn >= -1 && sortColumn < columns
         && (order == Qt::AscendingOrder || order == Qt::DescendingOrder);
-    // Everything is read and checked before the table changes: each column once at a position of its own, and
-    // sizes that the header takes as they are.
+    // Everything is read and checked before the table changes: each column once at a position of its own, sizes
+    // that the header takes as they are, and a hidden column, which has no size, saved with none.
     QVector<qint32> position(columns), size(columns);
-    QVector<bool> hidden(columns);
+    QVector<quint8> hidden(columns);
     QVector<int> columnAt(columns, -1);
     for (int column = 0; valid && column < columns; ++column) {
         in >> position[column] >> size[column] >> hidden[column];
         valid = position[column] >= 0 && position[column] < columns && columnAt[position[column]] < 0
-            && size[column] >= 0 && size[column] <= header->maximumSectionSize();
+            && size[column] >= 0 && size[column] <= header->maximumSectionSize()
+            && (hidden[column] == 0 || (hidden[column] == 1 && size[column] == 0));
         if (valid)
             columnAt[position[column]] = column;
     }
@@ -114,9 +113,10 @@ bool DeviceSelector::restoreState(const QByteArray& state)
     for (int at = 0; at < columns; ++at) {
         const int column = columnAt[at];
         header->moveSection(header->visualIndex(column), at);
-        header->setSectionHidden(column, false);
-        header->resizeSection(column, size[column]);
-        header->setSectionHidden(column, hidden[column]);
+        // A hidden column keeps the width it had, to show with.
+        header->setSectionHidden(column, hidden[column] == 1);
+        if (hidden[column] == 0)
+            header->resizeSection(column, size[column]);
     }
     header->setSortIndicator(sortColumn, Qt::SortOrder(order));
     // The header shows the restored order but does not sort by itself.

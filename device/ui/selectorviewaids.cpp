@@ -23,6 +23,7 @@
 #include <QToolTip>
 
 #include <algorithm>
+#include <iterator>
 #include <tuple>
 
 namespace DEV {
@@ -118,11 +119,7 @@ private:
 class MinimumFromLayout : public QObject
 {
 public:
-    explicit MinimumFromLayout(QWidget* widget)
-        : QObject(widget)
-    {
-        widget->installEventFilter(this);
-    }
+    using QObject::QObject;
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
@@ -134,14 +131,48 @@ public:
     }
 };
 
+/*
+ * After a rebuild a view has a current item (the first, once it has the
+ * focus) but nothing selected, so the first arrow key would move on from it
+ * and select the next. That key selects the current item instead: its row,
+ * or its column where the view selects columns.
+ */
+class FirstArrowSelects : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        auto* view = static_cast<QAbstractItemView*>(watched);
+        if (event->type() != QEvent::KeyPress || view->selectionModel()->hasSelection())
+            return false;
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        const QModelIndex current = view->currentIndex().isValid() ? view->currentIndex() : view->model()->index(0, 0);
+        if ((key != Qt::Key_Up && key != Qt::Key_Down && key != Qt::Key_Left && key != Qt::Key_Right) || !current.isValid())
+            return false;
+        const auto whole = view->selectionBehavior() == QAbstractItemView::SelectColumns ? QItemSelectionModel::Columns
+                                                                                         : QItemSelectionModel::Rows;
+        view->selectionModel()->setCurrentIndex(current, QItemSelectionModel::ClearAndSelect | whole);
+        return true;
+    }
+};
+
 } // namespace
+
+void pimpl::selectFirstOnArrow(QAbstractItemView* view)
+{
+    view->installEventFilter(new FirstArrowSelects(view));
+}
 
 void DeviceSelector::setUpUsability()
 {
     QTableView* table = ui->tableView;
     table->setItemDelegate(new ElidedCellTips(table));
-    new MinimumFromLayout(this);
-    connect(this, &DeviceSelector::selectedDeviceChanged, this, [this](const DeviceArg& chip) { addOns().chosen = chip; });
+    installEventFilter(new MinimumFromLayout(this));
+    // The field's one button; the field keeps no pointer to it.
+    d->searchOptions = searchEdit->findChild<QPushButton*>();
+    connect(this, &DeviceSelector::selectedDeviceChanged, this, [this](const DeviceArg& chip) { d->chosen = chip; });
     // Connected after the view's own sorting, so this runs once the sort has
     // dropped the selection.
     connect(table->horizontalHeader(), &QHeaderView::sortIndicatorChanged, this, [this] { reselectAfterSort(); });
@@ -168,19 +199,14 @@ void DeviceSelector::setUpKeyboard()
     QTableView* table = ui->tableView;
     // Tab leaves the table instead of walking its cells.
     table->setTabKeyNavigation(false);
-    auto* options = searchEdit->findChild<QPushButton*>();
+    pimpl::selectFirstOnArrow(table);
     // The order of the screen, whatever order the form made them in: the left
     // column of boxes, the right one, the search row, the table.
-    QWidget* const order[] = {ui->cbSeries, ui->cbDevice, ui->cbDeviceVersion, ui->cbPackage,
-                              ui->cbCondition, searchEdit, options, table};
-    QWidget* previous = nullptr;
-    for (QWidget* next : order) {
-        if (previous && next)
-            setTabOrder(previous, next);
-        previous = next ? next : previous;
-    }
-    if (options)
-        new KeyboardMenuPlacement(options, searchEdit);
+    QWidget* const order[] = {ui->cbSeries,    ui->cbDevice, ui->cbDeviceVersion, ui->cbPackage,
+                              ui->cbCondition, searchEdit,   d->searchOptions,    table};
+    for (size_t i = 1; i < std::size(order); ++i)
+        setTabOrder(order[i - 1], order[i]);
+    new KeyboardMenuPlacement(d->searchOptions, searchEdit);
 
     auto* copyPartNumber = new QAction(tr("Copy part number"), table);
     copyPartNumber->setShortcut(QKeySequence::Copy);
@@ -209,15 +235,12 @@ void DeviceSelector::setUpAccessibility()
         {ui->cbPackage, tr("Package"), tr("Limits the table to one package")},
         {ui->cbCondition, tr("Speed grade"), tr("Limits the table to one speed grade")},
         {searchEdit, tr("Search"), tr("Limits the table to the chips in which the typed text is found")},
-        {searchEdit->findChild<QPushButton*>(), tr("Search options"),
-         tr("Chooses the columns searched and how the text is matched")},
+        {d->searchOptions, tr("Search options"), tr("Chooses the columns searched and how the text is matched")},
         {ui->tableView, tr("Matching chips"), tr("The chips that pass the filters; the selected row is the chosen chip")},
     };
     for (const auto& [widget, name, description] : described) {
-        if (widget) {
-            widget->setAccessibleName(name);
-            widget->setAccessibleDescription(description);
-        }
+        widget->setAccessibleName(name);
+        widget->setAccessibleDescription(description);
     }
 }
 
