@@ -1,9 +1,18 @@
 # SPDX-License-Identifier: BSD-3-Clause
-# Debian packages of a build, made with CPack (scripts/package does it all):
+# Debian packages of a build, made with CPack from any build configured for
+# /usr (scripts/package does it all):
 #
-#   cmake -S . -B build-deb/qt5 -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr -DDEVICE_DEB=ON
-#   cmake --build build-deb/qt5 && cmake --build build-deb/qt5 --target docs
-#   (cd build-deb/qt5 && cpack -G DEB)
+#   cmake -S . -B build -DCMAKE_INSTALL_PREFIX=/usr -DDEVICE_DEB=ON
+#   cmake --build build && cmake --build build --target docs
+#   (cd build && cpack)
+#
+# DEVICE_DEB builds with Debian's build flags (dpkg-buildflags: hardening,
+# relro), as packages for Debian are built; the build stays an ordinary one
+# otherwise, so that scripts/test runs its suite on the very build it then
+# packs. What only the packages need is done to CPack's staging tree by
+# cmake/DeviceDebStage.cmake: the catalogue moves to /usr/share/device/, the
+# programs and the plugin lose their RPATH, and each package gets its
+# copyright and changelog.
 #
 # One package per install component, named so that the Qt 5 and the Qt 6
 # build install side by side, as their files do (Device6 names, Qt's own
@@ -14,19 +23,28 @@
 #                                                   the same for both
 #   Development  libdevice-dev, libdevice6-dev      headers, CMake package, .pc
 #   Examples     device-tools, device6-tools        devicequery, devicepicker
+#                                                   and their manual pages
 #   Designer     device-designer-plugin, device6-designer-plugin
 #   Documentation device-doc, device6-doc (all)     the Qt help file
 #
 # Shared-library dependencies are computed by dpkg-shlibdeps; those between
 # the packages of one build are exact versions.
-option(DEVICE_DEB "Configure for Debian packages: /usr/share/doc files, no install RPATH" OFF)
-if(NOT DEVICE_DEB)
-    return()
+option(DEVICE_DEB "Build with Debian's build flags (dpkg-buildflags), as packages for Debian are built" OFF)
+if(DEVICE_DEB)
+    find_program(DEVICE_DPKG_BUILDFLAGS dpkg-buildflags)
+    if(NOT DEVICE_DPKG_BUILDFLAGS)
+        message(FATAL_ERROR "DEVICE_DEB needs dpkg-buildflags (scripts/bootstrap package installs it)")
+    endif()
+    # Run in the source folder, which its -ffile-prefix-map then names.
+    foreach(kind CPPFLAGS CXXFLAGS LDFLAGS)
+        execute_process(COMMAND ${DEVICE_DPKG_BUILDFLAGS} --get ${kind}
+            WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
+            OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE)
+        separate_arguments(deb_${kind} UNIX_COMMAND "${flags}")
+    endforeach()
+    add_compile_options(${deb_CPPFLAGS} ${deb_CXXFLAGS})
+    add_link_options(${deb_LDFLAGS})
 endif()
-
-# Under /usr the system's linker finds the library; a search path in the
-# programs would only be something lintian rightly flags.
-set(CMAKE_SKIP_INSTALL_RPATH ON)
 
 string(TOLOWER ${DEVICE_NAME} lower)
 if(QT_MAJOR_VERSION STREQUAL "6")
@@ -37,7 +55,6 @@ else()
     set(qt_dev_package qtbase5-dev)
 endif()
 set(DEVICE_DEB_RELEASE 1)
-set(DEVICE_DEB_VERSION ${PROJECT_VERSION}-${DEVICE_DEB_RELEASE})
 
 # component  package  section  architecture  synopsis  description (wrapped
 # as control files want it)
@@ -49,11 +66,7 @@ set(DEVICE_DEB_COMPONENTS
     "Designer|${lower}-designer-plugin|devel|any|Qt Designer plugin of the Device library (Qt ${QT_MAJOR_VERSION})|Puts the chip selector and its search field into Qt Designer's widget\nbox, group Device."
     "Documentation|${lower}-doc|doc|all|API documentation of the Device library for Qt Creator (Qt ${QT_MAJOR_VERSION})|The API documentation as a Qt help file in Qt's documentation folder,\nwhere Qt Creator finds it.")
 
-# Every package carries its copyright and changelog (Debian policy 12.5, 12.7).
-set(DEVICE_DEB_CHANGELOG ${PROJECT_BINARY_DIR}/deb/changelog.Debian)
-string(TIMESTAMP deb_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 set(CPACK_PACKAGE_CONTACT "Device developers <device@example.org>")
-
 set(CPACK_COMPONENTS_ALL)
 foreach(entry IN LISTS DEVICE_DEB_COMPONENTS)
     string(REPLACE "|" ";" fields "${entry}")
@@ -71,29 +84,25 @@ foreach(entry IN LISTS DEVICE_DEB_COMPONENTS)
         set(CPACK_DEBIAN_${upper}_PACKAGE_ARCHITECTURE all)
     endif()
     set(CPACK_DEBIAN_${upper}_DESCRIPTION "${synopsis}\n${description}")
-
-    set(docdir ${PROJECT_BINARY_DIR}/deb/${package})
-    file(WRITE ${docdir}/changelog.Debian
-        "${package} (${DEVICE_DEB_VERSION}) unstable; urgency=medium\n\n"
-        "  * Release ${PROJECT_VERSION}.\n\n"
-        " -- ${CPACK_PACKAGE_CONTACT}  ${deb_date}\n")
-    file(READ ${PROJECT_SOURCE_DIR}/LICENSE licence)
-    string(REGEX REPLACE "\n\n" "\n.\n" licence "${licence}")
-    string(REGEX REPLACE "\n" "\n " licence "${licence}")
-    string(REGEX MATCH "Copyright \\(c\\) [^\n]*" holder "${licence}")
-    string(REPLACE "Copyright (c) " "" holder "${holder}")
-    file(WRITE ${docdir}/copyright
-        "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\n"
-        "Upstream-Name: Device\n\n"
-        "Files: *\nCopyright: ${holder}\nLicense: BSD-3-Clause\n ${licence}\n")
-    add_custom_command(OUTPUT ${docdir}/changelog.Debian.gz
-        COMMAND gzip -9nf -k ${docdir}/changelog.Debian
-        DEPENDS ${docdir}/changelog.Debian)
-    add_custom_target(deb_changelog_${component} ALL DEPENDS ${docdir}/changelog.Debian.gz)
-    install(FILES ${docdir}/copyright ${docdir}/changelog.Debian.gz
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
-        COMPONENT ${component})
 endforeach()
+
+# Every package carries its copyright (Debian policy 12.5), the licence in
+# Debian's machine-readable form; the staging script adds it and the
+# changelog (12.7), dated by SOURCE_DATE_EPOCH when it is set.
+file(READ ${PROJECT_SOURCE_DIR}/LICENSE licence)
+string(REGEX REPLACE "\n\n" "\n.\n" licence "${licence}")
+string(REGEX REPLACE "\n" "\n " licence "${licence}")
+string(REGEX MATCH "Copyright \\(c\\) [^\n]*" holder "${licence}")
+string(REPLACE "Copyright (c) " "" holder "${holder}")
+file(WRITE ${PROJECT_BINARY_DIR}/deb/copyright
+    "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\n"
+    "Upstream-Name: Device\n\n"
+    "Files: *\nCopyright: ${holder}\nLicense: BSD-3-Clause\n ${licence}\n")
+set(CPACK_DEVICE_COPYRIGHT ${PROJECT_BINARY_DIR}/deb/copyright)
+set(CPACK_DEVICE_CATALOGUEDIR ${DEVICE_INSTALL_CATALOGUEDIR})
+set(CPACK_DEVICE_DATADIR ${CMAKE_INSTALL_DATADIR})
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/DeviceDebStage.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/DeviceDebStage.cmake)
 
 set(CPACK_GENERATOR DEB)
 # CPack's own default summary, which CPackDeb leaves out, so that the first

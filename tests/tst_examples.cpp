@@ -320,6 +320,54 @@ private Q_SLOTS:
                  "README.md does not show main.cpp's [host-example] block, one level less indented");
     }
 
+    // Without --data, a program copied elsewhere reads the catalogue beside it, else the first data directory's
+    // ($XDG_DATA_HOME, then each of $XDG_DATA_DIRS), and --help names that file; with none, the error lists every
+    // place looked at. The catalogues hold 1, 2, 3... chips in the order of the places given, which tells them apart.
+    void catalogueBesideTheProgramThenInTheDataDirectories_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<L>("places"); // of beside, home, dir1, dir2
+        QTest::addColumn<QString>("read");
+        QTest::newRow("beside the program first") << DEVICEQUERY_PATH << L{"dir2", "home", "beside"} << "beside";
+        QTest::newRow("XDG_DATA_HOME before XDG_DATA_DIRS") << DEVICEQUERY_PATH << L{"dir1", "home"} << "home";
+        QTest::newRow("the first of XDG_DATA_DIRS that has one") << DEVICEQUERY_PATH << L{"dir2"} << "dir2";
+        QTest::newRow("none") << DEVICEQUERY_PATH << L() << "";
+        QTest::newRow("picker: a data directory's") << DEVICEPICKER_PATH << L{"dir1"} << "dir1";
+        QTest::newRow("picker: none") << DEVICEPICKER_PATH << L() << "";
+    }
+    void catalogueBesideTheProgramThenInTheDataDirectories()
+    {
+        QFETCH(QString, program);
+        QFETCH(L, places);
+        QFETCH(QString, read);
+        const QTemporaryDir dir; // a path without ':', which would split XDG_DATA_DIRS
+        const QString root = dir.path();
+        const auto file = [&root](const QString& place) {
+            return root + (place == "beside" ? "/data" : '/' + place) + "/device/device_info.csv";
+        };
+        QByteArray chips;
+        for (const QString& place : places) {
+            chips += TestHelpers::chipLine("x-" + QByteArray::number(places.indexOf(place)), "PN");
+            QFile csv(file(place));
+            QVERIFY(QDir().mkpath(QFileInfo(csv).path()) && csv.open(QIODevice::WriteOnly) && csv.write(chips) > 0);
+        }
+        const QString copy = root + "/bin/" + QFileInfo(program).fileName();
+        QVERIFY(QDir().mkpath(root + "/bin") && QFile::copy(program, copy));
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("XDG_DATA_HOME", root + "/home");
+        environment.insert("XDG_DATA_DIRS", root + "/dir1:" + root + "/dir2");
+        environment.insert("DEVICEPICKER_AUTOANSWER", "reject");
+        QVERIFY(runProgram(copy, {"--help"}, environment)
+                    .out.endsWith("\nCatalogue read: " + (read.isEmpty() ? "none found" : file(read).toUtf8()) + '\n'));
+        const bool query = program == DEVICEQUERY_PATH;
+        const TestHelpers::Run r = runProgram(copy, query ? L{"--count"} : L(), environment);
+        const QString looked = L{file("beside"), file("home"), file("dir1"), file("dir2")}.join(", ");
+        QCOMPARE(QString(r.err), read.isEmpty() ? QFileInfo(program).fileName() + ": no catalogue at " + looked
+                                                      + "; name one with --data FILE\n" : QString());
+        QCOMPARE(r.status, read.isEmpty() ? 2 : query ? 0 : 1);
+        QCOMPARE(QString(r.out), read.isEmpty() || !query ? QString() : QString::number(places.indexOf(read) + 1) + '\n');
+    }
+
     // Under a real X server, "answer:arguments" runs one after the other, and what the last one printed: a second run
     // offers the first run's choice (settings in a directory of the row's own), and the comparison panel's column
     // chosen with Enter is the chip.

@@ -14,6 +14,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QStandardPaths>
 #include <QString>
 
 #include <cstdio>
@@ -37,12 +38,58 @@ inline QCommandLineOption helpOption()
                               QStringLiteral("Show this help and exit."));
 }
 
+/// Where the programs look for the catalogue when no file is given, in this
+/// order: beside the program, where DeviceDb::instance() reads it (the build
+/// tree, or an installation under any prefix), then device/device_info.csv
+/// in the system's data directories, $XDG_DATA_HOME and then each of
+/// $XDG_DATA_DIRS (the Debian packages install /usr/share/device/).
+inline QStringList catalogueCandidates()
+{
+    QStringList files{QDir::cleanPath(DEV::DeviceDb::defaultDataFile())};
+    for (const QString& dir : QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation))
+        files << QDir::cleanPath(dir + QLatin1String("/device/device_info.csv"));
+    return files;
+}
+
+/// The first of catalogueCandidates() that exists, or an empty string.
+inline QString installedCatalogue()
+{
+    for (const QString& file : catalogueCandidates()) {
+        if (QFileInfo(file).isFile())
+            return file;
+    }
+    return QString();
+}
+
+/// The complaint when no catalogue is found: every place looked at.
+inline QString noCatalogue()
+{
+    return QStringLiteral("no catalogue at %1; name one with --data FILE")
+        .arg(catalogueCandidates().join(QLatin1String(", ")));
+}
+
 /// --data FILE, as both programs take it.
 inline QCommandLineOption dataOption()
 {
     return QCommandLineOption(QStringLiteral("data"),
-                              QStringLiteral("Read the catalogue from FILE instead of the bundled one."),
+                              QStringLiteral("Read the catalogue from FILE instead of the installed one (see "
+                                             "\"Catalogue\" below)."),
                               QStringLiteral("FILE"));
+}
+
+/// The end of both programs' --help: where the catalogue is looked for, and
+/// on its own last line the file this run would read.
+inline QString catalogueHelp()
+{
+    const QString found = installedCatalogue();
+    return QStringLiteral("\nCatalogue: without --data, the one beside the program is read,\n"
+                          "../data/device/device_info.csv from the program's folder (a build tree, or\n"
+                          "an installation under any prefix), else device/device_info.csv in the first\n"
+                          "data directory that has it: $XDG_DATA_HOME (~/.local/share), then each of\n"
+                          "$XDG_DATA_DIRS (/usr/local/share:/usr/share). The Debian packages install\n"
+                          "/usr/share/device/device_info.csv.\n"
+                          "Catalogue read: %1\n")
+        .arg(found.isEmpty() ? QStringLiteral("none found") : found);
 }
 
 /// Prints "<application name>: <message>" on standard error; returns BadUsage.
@@ -110,25 +157,31 @@ inline void holdBackSkippedLines(QtMsgType type, const QMessageLogContext& conte
         handlerAroundLoading()(type, context, message);
 }
 
-/// The database of @p dataFile, or the process-wide one of the catalogue
-/// beside the program when @p dataFile is empty (@p own then stays empty).
-/// Null, with @p error set, when the file cannot be read, or, if
-/// @p needChips, holds no chip: the library would only log that and carry on
-/// empty, which would pass for "nothing found". Malformed lines are counted
-/// on standard error in one line, "N lines skipped; first at line K".
+/// The database of @p dataFile or, when it is empty, of installedCatalogue():
+/// the process-wide one when that is the catalogue beside the program (@p own
+/// then stays empty). Null, with @p error set, when there is no catalogue,
+/// the file cannot be read, or, if @p needChips, it holds no chip: the
+/// library would only log that and carry on empty, which would pass for
+/// "nothing found". Malformed lines are counted on standard error in one
+/// line, "N lines skipped; first at line K".
 inline DEV::DeviceDb* openDatabase(const QString& dataFile, std::unique_ptr<DEV::DeviceDb>* own, QString* error,
                                    bool needChips = false)
 {
-    const QString path = dataFile.isEmpty() ? DEV::DeviceDb::defaultDataFile() : dataFile;
+    const QString path = dataFile.isEmpty() ? installedCatalogue() : dataFile;
+    if (path.isEmpty()) {
+        *error = noCatalogue();
+        return nullptr;
+    }
     const QFileInfo file(path);
     if (!file.isFile() || !file.isReadable()) {
         *error = QStringLiteral("cannot read data file: %1").arg(QDir::cleanPath(path));
         return nullptr;
     }
+    const bool beside = dataFile.isEmpty() && path == catalogueCandidates().constFirst();
     handlerAroundLoading() = qInstallMessageHandler(holdBackSkippedLines);
-    if (!dataFile.isEmpty())
-        own->reset(new DEV::DeviceDb(dataFile));
-    DEV::DeviceDb* db = dataFile.isEmpty() ? DEV::DeviceDb::instance() : own->get();
+    if (!beside)
+        own->reset(new DEV::DeviceDb(path));
+    DEV::DeviceDb* db = beside ? DEV::DeviceDb::instance() : own->get();
     qInstallMessageHandler(handlerAroundLoading());
     const DEV::DeviceDb::LoadReport report = db->loadReport();
     if (report.skippedLines > 0) {

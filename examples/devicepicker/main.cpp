@@ -528,7 +528,7 @@ int main(int argc, char* argv[])
     if (!parser.parse(QCoreApplication::arguments()))
         return usageError(asFragment(parser.errorText()));
     if (parser.isSet(o.help)) {
-        printOut((parser.helpText() + QLatin1String(kEpilog)).toLocal8Bit());
+        printOut((parser.helpText() + QLatin1String(kEpilog) + catalogueHelp()).toLocal8Bit());
         return Chosen;
     }
     if (parser.isSet(o.version)) {

@@ -40,7 +40,7 @@ enum class Format { Table, Csv, Json, Count };
 /// What the command line asked for, checked and ready to run.
 struct Query
 {
-    QString dataFile; ///< Empty for the catalogue bundled beside bin/.
+    QString dataFile; ///< Empty for the installed catalogue (installedCatalogue()).
     std::optional<QString> id;
     std::optional<QString> partNumber;
     std::optional<QString> matchKey;
@@ -110,7 +110,7 @@ struct Options
     QCommandLineOption smallest{QStringLiteral("smallest"),
                                 QStringLiteral("With --min: smallest chip first, by the resources required.")};
     QCommandLineOption check{QStringLiteral("check"),
-                             QStringLiteral("Check the catalogue (FILE, --data or the bundled one) and list "
+                             QStringLiteral("Check the catalogue (FILE, --data or the installed one) and list "
                                             "what is wrong in it.")};
 
     /// The options that may be given once only.
@@ -551,7 +551,9 @@ int checkCatalogue(const QCommandLineParser& parser, const Options& o)
         return usageError(QStringLiteral("--check reads one catalogue"));
     if (!onlyAmong(parser, o, {o.check, o.data}))
         return usageError(QStringLiteral("--check takes no other option than --data"));
-    const QString path = files.isEmpty() ? DEV::DeviceDb::defaultDataFile() : files.constFirst();
+    const QString path = files.isEmpty() ? installedCatalogue() : files.constFirst();
+    if (path.isEmpty())
+        return usageError(noCatalogue());
     bool readable = false;
     const QStringList findings = CatalogueCheck::findings(path, &readable);
     if (!readable)
@@ -584,7 +586,7 @@ int main(int argc, char* argv[])
     if (!parser.parse(arguments))
         return usageError(asFragment(parser.errorText()));
     if (parser.isSet(options.help)) {
-        printOut((parser.helpText() + QLatin1String(kEpilog)).toLocal8Bit());
+        printOut((parser.helpText() + QLatin1String(kEpilog) + catalogueHelp()).toLocal8Bit());
         return Found;
     }
 
