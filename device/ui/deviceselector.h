@@ -12,6 +12,8 @@
 
 namespace DEV {
 
+struct Board;
+class BoardCatalogue;
 class ChipInfoTableModel;
 struct ChipRequirements;
 class DeviceDb;
@@ -160,6 +162,18 @@ public:
      * nothing, when @p state is not such a value.
      */
     bool restoreState(const QByteArray& state);
+
+    /**
+     * Offers the boards of @p boards (not owned; unset it before it goes) in
+     * a tab "Boards" beside the chip table, which becomes the tab "Chips".
+     * The search field narrows the boards too. Choosing a board selects its
+     * chip as setCurrentDevice(const ChipInfo&) does, after clearing a
+     * search that would hide it. Null, the default, removes the tabs.
+     */
+    void setBoards(const BoardCatalogue* boards);
+
+    /// The board chosen in the "Boards" tab while its chip is the selected one, else an empty record.
+    Board selectedBoard() const;
 
 Q_SIGNALS:
     /**

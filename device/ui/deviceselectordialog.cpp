@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "deviceselectordialog.h"
 
+#include "boardcatalogue.h"
 #include "chiprequirements.h"
 #include "deviceselector.h"
 #include "recentchips_p.h"
@@ -166,6 +167,16 @@ bool DeviceSelectorDialog::restoreState(const QByteArray& state)
 ChipInfo DeviceSelectorDialog::selectedDevice() const
 {
     return selector->selectedDevice();
+}
+
+void DeviceSelectorDialog::setBoards(const BoardCatalogue* boards)
+{
+    selector->setBoards(boards);
+}
+
+Board DeviceSelectorDialog::selectedBoard() const
+{
+    return selector->selectedBoard();
 }
 
 QSize DeviceSelectorDialog::sizeHint() const

@@ -11,6 +11,8 @@ class QDialogButtonBox;
 
 namespace DEV {
 
+struct Board;
+class BoardCatalogue;
 class DeviceDb;
 struct ChipRequirements;
 class DeviceSelector;
@@ -116,6 +118,12 @@ public:
 
     /// The chip of the selected row, or an empty record.
     ChipInfo selectedDevice() const;
+
+    /// Offers the boards of @p boards beside the chips; see DeviceSelector::setBoards().
+    void setBoards(const BoardCatalogue* boards);
+
+    /// The board whose chip selectedDevice() is, when it was chosen as a board; see DeviceSelector::selectedBoard().
+    Board selectedBoard() const;
 
     /// 800 by 450 pixels, whatever the contents.
     QSize sizeHint() const override;
