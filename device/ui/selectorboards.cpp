@@ -82,6 +82,7 @@ void DeviceSelector::setBoards(const BoardCatalogue* boards)
         view->setSelectionMode(QAbstractItemView::SingleSelection);
         view->setTabKeyNavigation(false);
         view->verticalHeader()->hide();
+        view->verticalHeader()->setDefaultSectionSize(ui->tableView->verticalHeader()->defaultSectionSize());
         view->setSortingEnabled(true);
         view->sortByColumn(BoardTableModel::Name, Qt::AscendingOrder);
 
