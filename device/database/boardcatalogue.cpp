@@ -49,7 +49,7 @@ BoardCatalogue::BoardCatalogue(const QString& fileName, const DeviceDb& db)
     };
     if (!readable)
         problem(0, QStringLiteral(": cannot be read"));
-    const QStringList lines = QString::fromUtf8(file.readAll()).remove(QChar(0xfeff)).split(QLatin1Char('\n'));
+    const QStringList lines = QString::fromUtf8(readable ? file.readAll() : QByteArray()).remove(QChar(0xfeff)).split(QLatin1Char('\n'));
     QHash<QString, int> lineOf;
     for (int n = 1; n <= lines.size(); ++n) {
         const QString line = lines.at(n - 1).trimmed();

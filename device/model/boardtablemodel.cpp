@@ -103,7 +103,7 @@ void BoardTableModel::sort(int column, Qt::SortOrder order)
     }
     if (column >= PartNumber && column < ColumnCount) {
         rows = sortChipRows(chips, rows, int(ChipColumns[column - PartNumber]), order);
-    } else if (column >= 0) {
+    } else if (column >= 0 && column < PartNumber) {
         const int sign = order == Qt::AscendingOrder ? 1 : -1;
         std::stable_sort(rows.begin(), rows.end(), [&](int l, int r) {
             return sign * text(d->boards.at(l), column).compare(text(d->boards.at(r), column), Qt::CaseSensitive) < 0;

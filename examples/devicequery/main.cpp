@@ -561,15 +561,31 @@ bool compareChips(const DEV::DeviceDb& db, const Query& q, QString* error)
     return true;
 }
 
+/// What @p load returns, with the messages it gives held back: the caller reports them its own way.
+template <typename Load>
+auto quietly(Load load)
+{
+    const QtMessageHandler outer = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    auto result = load();
+    qInstallMessageHandler(outer);
+    return result;
+}
+
 /// The boards of @p path (the bundled file when empty) on @p db; null, with @p error set, when it cannot be read.
-std::unique_ptr<DEV::BoardCatalogue> openBoards(const QString& path, const DEV::DeviceDb& db, QString* error)
+std::unique_ptr<DEV::BoardCatalogue> openBoards(const QString& path, const DEV::DeviceDb& db, QString* error,
+                                               bool summarise = true)
 {
     const QString file = path.isEmpty() ? DEV::BoardCatalogue::defaultDataFile() : path;
     if (!QFileInfo(file).isFile() || !QFileInfo(file).isReadable()) {
         *error = QStringLiteral("cannot read board file: %1").arg(QDir::cleanPath(file));
         return nullptr;
     }
-    return std::make_unique<DEV::BoardCatalogue>(file, db);
+    // As with the data file, one line on standard error rather than a warning per problem.
+    auto boards = quietly([&] { return std::make_unique<DEV::BoardCatalogue>(file, db); });
+    if (summarise && !boards->problems().isEmpty())
+        std::fprintf(stderr, "%s: %d problems in the board file, the first: %s\n", qPrintable(QCoreApplication::applicationName()),
+                     int(boards->problems().size()), qPrintable(boards->problems().constFirst()));
+    return boards;
 }
 
 /// --boards' output: the board table's cells, board-file lines, or JSON objects with their chips.
@@ -633,9 +649,10 @@ int checkCatalogue(const QCommandLineParser& parser, const Options& o)
         printOut((finding + QLatin1Char('\n')).toLocal8Bit());
     if (!parser.isSet(o.boardsFile))
         return findings.isEmpty() ? Found : NothingFound;
+    // What the library would warn of while loading is printed as findings.
+    const auto db = quietly([&] { return std::make_unique<DEV::DeviceDb>(path); });
     QString error;
-    const DEV::DeviceDb db(path);
-    const auto boards = openBoards(parser.value(o.boardsFile), db, &error);
+    const auto boards = openBoards(parser.value(o.boardsFile), *db, &error, false);
     if (!boards)
         return usageError(error);
     for (const QString& problem : boards->problems())
