@@ -14,7 +14,7 @@ namespace DEV {
 struct BoardCatalogue::Private
 {
     QList<Board> boards;
-    QHash<QString, int> byId;
+    QHash<QString, int> byId; // positions in boards
     QStringList problems;
 };
 
@@ -92,14 +92,11 @@ Board BoardCatalogue::find(const QString& id) const
 
 QList<Board> BoardCatalogue::search(const QString& text) const
 {
+    const auto has = [&text](const QString& value) { return value.contains(text, Qt::CaseInsensitive); };
     QList<Board> found;
-    for (const Board& board : qAsConst(d->boards)) {
-        for (const QString* value : {&board.id, &board.name, &board.maker, &board.partNumber}) {
-            if (value->contains(text, Qt::CaseInsensitive)) {
-                found << board;
-                break;
-            }
-        }
+    for (const Board& b : qAsConst(d->boards)) {
+        if (has(b.id) || has(b.name) || has(b.maker) || has(b.partNumber))
+            found << b;
     }
     return found;
 }

@@ -5,8 +5,6 @@
 #include "chipinfo.h"
 #include "device_export.h"
 
-#include <QList>
-#include <QString>
 #include <QStringList>
 
 #include <memory>
@@ -18,31 +16,20 @@ class DeviceDb;
 /// One board of a BoardCatalogue: a line of the board file and the chip on it.
 struct Board
 {
-    QString id; ///< Unique in its file; an empty id stands for no board.
-    QString name;
-    QString maker;
-    QString revision;
-    QString partNumber; ///< The chip's part number as the file writes it.
-    QString description;
-    /// The chip from the database; an empty record when the database does not know the part number.
-    ChipInfo chip;
+    QString id, name, maker, revision, partNumber, description; ///< The file's fields; an empty id is no board.
+    ChipInfo chip; ///< The first chip with the part number, or an empty record when the database has none.
 };
 
 /**
  * @brief The read-only catalogue of development boards in a board file.
  *
- * The file (UTF-8, no header) holds one board a line: identifier, name,
- * maker, revision, the chip's part number and a description, separated by
- * commas; a field in double quotes may hold commas (and "" for a quote).
- * Blank lines and lines starting with # are skipped. It is read once, when
- * the catalogue is constructed, and each board's chip is looked up in the
- * database then (the first chip with its part number); the const reads may
- * run from any number of threads at once.
+ * The file (UTF-8, no header) holds one board a line: identifier, name, maker, revision, the chip's part
+ * number and a description, separated by commas; a field in double quotes may hold commas ("" is a quote).
+ * Blank lines and lines starting with # are skipped. It is read, and each board's chip looked up in the
+ * database, once on construction; the const reads may run from any number of threads at once.
  *
- * A line without six fields, or without an identifier, is skipped, and a
- * repeated identifier too. A board whose chip the database does not know
- * stays listed with an empty chip. Each of these is written as a warning,
- * "FILE:LINE: message", and kept in problems().
+ * A line without six fields or an identifier, or with a repeated identifier, is skipped; a board whose chip
+ * the database does not know stays listed. Each is written as a warning "FILE:LINE: message" and kept in problems().
  */
 class DEVICE_EXPORT BoardCatalogue
 {
@@ -60,11 +47,7 @@ public:
     /// The board with the identifier @p id (exact), or an empty record.
     Board find(const QString& id) const;
 
-    /**
-     * The boards whose identifier, name, maker or chip part number holds
-     * @p text, letter case ignored, in file order; every board for an empty
-     * @p text.
-     */
+    /// The boards whose identifier, name, maker or part number holds @p text, letter case ignored, in file order.
     QList<Board> search(const QString& text) const;
 
     /// What was wrong in the file, "FILE:LINE: message" in line order; the warnings it gave.

@@ -7,19 +7,15 @@
 
 #include <QAbstractTableModel>
 
-#include <memory>
-
 namespace DEV {
 
 /**
- * @brief Read-only table of boards: one row per Board, ten fixed columns.
+ * @brief Read-only table of boards: Identifier, Name, Maker, Revision and Part Number (the board's), then
+ * the chip's LUT, FF, BSRAM, DSP and IO as the chip table shows them (an empty count as "0").
  *
- * Identifier, Name, Maker, Revision and Part Number (the board's), then the
- * chip's LUT, FF, BSRAM, DSP and IO as the chip table shows them (an empty
- * count as "0"). A board whose chip the database does not know shows no
- * counts, is neither enabled nor selectable, and says why in its tool tip.
- * sort() orders as the chip table does (texts by UTF-16 code units, counts
- * as numbers, stable both ways), announced as a model reset like every change.
+ * A board whose chip the database does not know shows no counts, is neither enabled nor selectable, and
+ * says why in its tool tip. sort() orders as the chip table does (texts by UTF-16 code units, counts as
+ * numbers, stable both ways); every change is a model reset.
  */
 class DEVICE_EXPORT BoardTableModel : public QAbstractTableModel
 {

@@ -164,11 +164,9 @@ public:
     bool restoreState(const QByteArray& state);
 
     /**
-     * Offers the boards of @p boards (not owned; unset it before it goes) in
-     * a tab "Boards" beside the chip table, which becomes the tab "Chips".
-     * The search field narrows the boards too. Choosing a board selects its
-     * chip as setCurrentDevice(const ChipInfo&) does, after clearing a
-     * search that would hide it. Null, the default, removes the tabs.
+     * Offers the boards of @p boards (not owned; unset it before it goes) in a tab "Boards" beside the chip
+     * table, the tab "Chips"; the search narrows both. Choosing a board selects its chip as
+     * setCurrentDevice(const ChipInfo&) does, clearing a search that hides it. Null, the default, removes the tabs.
      */
     void setBoards(const BoardCatalogue* boards);
 

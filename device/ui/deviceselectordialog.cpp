@@ -169,11 +169,6 @@ ChipInfo DeviceSelectorDialog::selectedDevice() const
     return selector->selectedDevice();
 }
 
-void DeviceSelectorDialog::setBoards(const BoardCatalogue* boards)
-{
-    selector->setBoards(boards);
-}
-
 Board DeviceSelectorDialog::selectedBoard() const
 {
     return selector->selectedBoard();

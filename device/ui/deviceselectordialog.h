@@ -12,7 +12,6 @@ class QDialogButtonBox;
 namespace DEV {
 
 struct Board;
-class BoardCatalogue;
 class DeviceDb;
 struct ChipRequirements;
 class DeviceSelector;
@@ -119,10 +118,7 @@ public:
     /// The chip of the selected row, or an empty record.
     ChipInfo selectedDevice() const;
 
-    /// Offers the boards of @p boards beside the chips; see DeviceSelector::setBoards().
-    void setBoards(const BoardCatalogue* boards);
-
-    /// The board whose chip selectedDevice() is, when it was chosen as a board; see DeviceSelector::selectedBoard().
+    /// The board chosen for the chip of selectedDevice(), or an empty record; see DeviceSelector::setBoards().
     Board selectedBoard() const;
 
     /// 800 by 450 pixels, whatever the contents.

@@ -3,7 +3,6 @@
 // while the host has set a catalogue. Choosing a board chooses its chip.
 #include "deviceselector.h"
 
-#include "boardcatalogue.h"
 #include "boardtablemodel.h"
 #include "searchlineedit.h"
 #include "ui_deviceselector.h"
@@ -27,8 +26,7 @@ public:
     const BoardCatalogue* catalogue = nullptr;
     BoardTableModel* boards = nullptr;
     QString chosen; // the board whose chip is the chosen chip
-    bool choosing = false;
-    bool reselecting = false;
+    bool choosing = false, reselecting = false;
 
     // The boards that @p text finds, in the header's order.
     void showFound(const QString& text)
@@ -55,7 +53,6 @@ void DeviceSelector::setBoards(const BoardCatalogue* boards)
 {
     auto* view = findChild<pimpl::BoardsView*>();
     if (!boards && view) {
-        view->tabs->setCurrentIndex(0);
         ui->verticalLayout->replaceWidget(view->tabs, ui->tableView);
         ui->tableView->show();
         delete view->tabs;

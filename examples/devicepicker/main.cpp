@@ -314,7 +314,7 @@ void prepare(DEV::DeviceSelectorDialog& dialog, const Setup& setup)
     else
         dialog.setCurrentDevice(setup.exact);
     if (setup.boards) {
-        dialog.setBoards(setup.boards.get());
+        dialog.deviceSelector()->setBoards(setup.boards.get());
         dialog.findChild<QTabWidget*>()->setCurrentIndex(1);
     }
 }
