@@ -14,7 +14,7 @@ namespace DEV {
 struct BoardCatalogue::Private
 {
     QList<Board> boards;
-    QHash<QString, int> byId; // positions in boards
+    QHash<QString, int> byId;
     QStringList problems;
 };
 

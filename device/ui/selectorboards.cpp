@@ -20,15 +20,34 @@ class BoardsView : public QTableView
     Q_OBJECT
 
 public:
-    using QTableView::QTableView;
+    // The page after the chip table's in @p tabs, its rows as high as the table's.
+    BoardsView(QTabWidget* tabs, int rowHeight)
+        : QTableView(tabs)
+        , tabs(tabs)
+        , boards(new BoardTableModel(this))
+    {
+        setModel(boards);
+        tabs->addTab(this, DeviceSelector::tr("&Boards"));
+        tabs->tabBar()->setAccessibleName(DeviceSelector::tr("Chips or boards"));
+        setAccessibleName(DeviceSelector::tr("Boards"));
+        setAccessibleDescription(DeviceSelector::tr("The boards that pass the search; the selected row's chip is the chosen chip"));
+        setSelectionBehavior(QAbstractItemView::SelectRows);
+        setSelectionMode(QAbstractItemView::SingleSelection);
+        setTabKeyNavigation(false);
+        verticalHeader()->hide();
+        verticalHeader()->setDefaultSectionSize(rowHeight);
+        setSortingEnabled(true);
+        sortByColumn(BoardTableModel::Name, Qt::AscendingOrder);
+        connect(boards, &QAbstractItemModel::modelReset, this, [this] { reselect(); });
+    }
 
-    QTabWidget* tabs = nullptr;
+    QTabWidget* const tabs;
     const BoardCatalogue* catalogue = nullptr;
-    BoardTableModel* boards = nullptr;
+    BoardTableModel* const boards;
     QString chosen; // the board whose chip is the chosen chip
     bool choosing = false, reselecting = false;
 
-    // The boards that @p text finds, in the header's order.
+    // The boards @p text finds, in the header's order.
     void showFound(const QString& text)
     {
         boards->setBoards(catalogue->search(text));
@@ -41,8 +60,7 @@ public:
         reselecting = true;
         chosen = forget ? QString() : chosen;
         clearSelection();
-        if (boards->rowOf(chosen) >= 0)
-            selectRow(boards->rowOf(chosen));
+        selectRow(boards->rowOf(chosen)); // nothing for -1
         reselecting = false;
     }
 };
@@ -64,26 +82,10 @@ void DeviceSelector::setBoards(const BoardCatalogue* boards)
         auto* tabs = new QTabWidget(this);
         ui->verticalLayout->replaceWidget(ui->tableView, tabs);
         tabs->addTab(ui->tableView, tr("&Chips"));
-        view = new pimpl::BoardsView(tabs);
-        view->tabs = tabs;
-        view->boards = new BoardTableModel(view);
-        view->setModel(view->boards);
-        tabs->addTab(view, tr("&Boards"));
+        view = new pimpl::BoardsView(tabs, ui->tableView->verticalHeader()->defaultSectionSize());
         setTabOrder(beforeTable, tabs);
         setTabOrder(tabs, ui->tableView);
         setTabOrder(ui->tableView, view);
-        tabs->tabBar()->setAccessibleName(tr("Chips or boards"));
-        view->setAccessibleName(tr("Boards"));
-        view->setAccessibleDescription(tr("The boards that pass the search; the selected row's chip is the chosen chip"));
-        view->setSelectionBehavior(QAbstractItemView::SelectRows);
-        view->setSelectionMode(QAbstractItemView::SingleSelection);
-        view->setTabKeyNavigation(false);
-        view->verticalHeader()->hide();
-        view->verticalHeader()->setDefaultSectionSize(ui->tableView->verticalHeader()->defaultSectionSize());
-        view->setSortingEnabled(true);
-        view->sortByColumn(BoardTableModel::Name, Qt::AscendingOrder);
-
-        connect(view->boards, &QAbstractItemModel::modelReset, view, [view] { view->reselect(); });
         connect(searchEdit, &QLineEdit::textChanged, view, [view](const QString& text) { view->showFound(text); });
         // A chip chosen otherwise, or the choice voided, ends the board's choice.
         connect(this, &DeviceSelector::selectedDeviceChanged, view, [view](const DeviceArg& chip) {
