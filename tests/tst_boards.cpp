@@ -123,11 +123,11 @@ private Q_SLOTS:
         QCOMPARE(dialog.exec(), int(QDialog::Accepted));
         QCOMPARE(dialog.selectedDevice().partNumber, "QA2-LVBG256C6");
         QCOMPARE(chosen.last().at(0).value<DEV::DeviceArg>().partNumber, "QA2-LVBG256C6");
-        QCOMPARE(dialog.selectedBoard().id, "b-1");
+        QCOMPARE(dialog.deviceSelector()->selectedBoard().id, "b-1");
         QCOMPARE(dialog.findChild<DEV::SearchLineEdit*>()->text(), ""); // every board listed again, b-1 still selected
         QCOMPARE(view->selectionModel()->selectedRows().value(0).data().toString(), "b-1");
         dialog.setCurrentDevice(QStringLiteral("qb1-001"));
-        QVERIFY(dialog.selectedBoard().id.isEmpty() && view->selectionModel()->selectedRows().isEmpty());
+        QVERIFY(dialog.deviceSelector()->selectedBoard().id.isEmpty() && view->selectionModel()->selectedRows().isEmpty());
         dialog.deviceSelector()->setBoards(nullptr);
         auto* table = dialog.findChild<QTableView*>();
         QVERIFY(!dialog.findChild<QTabWidget*>() && table->parentWidget() == dialog.deviceSelector() && !table->isHidden());

@@ -16,7 +16,10 @@ class DeviceDb;
 /// One board of a BoardCatalogue: a line of the board file and the chip on it.
 struct Board
 {
-    QString id, name, maker, revision, partNumber, description; ///< The file's fields; an empty id is no board.
+    ///@{
+    /// The file's fields, in its order; an empty id is no board.
+    QString id, name, maker, revision, partNumber, description;
+    ///@}
     ChipInfo chip; ///< The first chip with the part number, or an empty record when the database has none.
 };
 

@@ -22,8 +22,10 @@ class DEVICE_EXPORT BoardTableModel : public QAbstractTableModel
     Q_OBJECT
 
 public:
+    /// The columns, in table order.
     enum Column { Identifier, Name, Maker, Revision, PartNumber, LUT, FF, BSRAM, DSP, IO, ColumnCount };
 
+    /// An empty model owned by @p parent.
     explicit BoardTableModel(QObject* parent = nullptr);
     ~BoardTableModel() override;
 
@@ -34,12 +36,15 @@ public:
     /// The row of the board with identifier @p id, or -1.
     int rowOf(const QString& id) const;
 
+    ///@{
+    /// The model's interface, as the class describes it; a valid parent has no rows or columns.
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override { return parent.isValid() ? 0 : ColumnCount; }
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
+    ///@}
 
 private:
     struct Private;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "deviceselectordialog.h"
 
-#include "boardcatalogue.h"
 #include "chiprequirements.h"
 #include "deviceselector.h"
 #include "recentchips_p.h"
@@ -167,11 +166,6 @@ bool DeviceSelectorDialog::restoreState(const QByteArray& state)
 ChipInfo DeviceSelectorDialog::selectedDevice() const
 {
     return selector->selectedDevice();
-}
-
-Board DeviceSelectorDialog::selectedBoard() const
-{
-    return selector->selectedBoard();
 }
 
 QSize DeviceSelectorDialog::sizeHint() const

@@ -11,7 +11,6 @@ class QDialogButtonBox;
 
 namespace DEV {
 
-struct Board;
 class DeviceDb;
 struct ChipRequirements;
 class DeviceSelector;
@@ -117,9 +116,6 @@ public:
 
     /// The chip of the selected row, or an empty record.
     ChipInfo selectedDevice() const;
-
-    /// The board chosen for the chip of selectedDevice(), or an empty record; see DeviceSelector::setBoards().
-    Board selectedBoard() const;
 
     /// 800 by 450 pixels, whatever the contents.
     QSize sizeHint() const override;
