@@ -61,12 +61,17 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
     set(root ${CPACK_TEMPORARY_DIRECTORY}/${component})
 
-    set(catalogue ${root}${prefix}/${CPACK_DEVICE_CATALOGUEDIR}/device_info.csv)
-    if(EXISTS ${catalogue})
+    # The catalogues (chips and boards) move to share/device/.
+    set(catalogues ${root}${prefix}/${CPACK_DEVICE_CATALOGUEDIR})
+    file(GLOB data ${catalogues}/*.csv)
+    if(data)
         file(MAKE_DIRECTORY ${root}${share}/device)
-        file(RENAME ${catalogue} ${root}${share}/device/device_info.csv)
-        # The folders it leaves, up to the prefix, if nothing else is in them.
-        get_filename_component(dir ${catalogue} DIRECTORY)
+        foreach(file IN LISTS data)
+            get_filename_component(name ${file} NAME)
+            file(RENAME ${file} ${root}${share}/device/${name})
+        endforeach()
+        # The folders they leave, up to the prefix, if nothing else is in them.
+        set(dir ${catalogues})
         while(NOT dir STREQUAL "${root}${prefix}")
             file(GLOB left ${dir}/*)
             if(left)

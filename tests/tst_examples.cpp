@@ -160,6 +160,29 @@ private Q_SLOTS:
                "resources: 215, 31104, 46656, , 1944Kb, 504Kb, , 27, 2\n";
         QTest::newRow("cancelled, --json") << "devicepicker|reject" << L{"--preset", "zr9k31-013", "--json"} << "";
         QTest::newRow("OK, nothing selected") << "devicepicker|accept" << L() << "";
+        // Boards: the bundled ones, and the fixture's, whose problems --check adds to the chip catalogue's finding.
+        const QString boards = DEVICE_SOURCE_DIR "/tests/data/boards_fixture.csv";
+        QTest::newRow("--boards --csv, quoted") << "devicequery" << L{"--boards", "--search", "kite", "--csv"}
+            << "zb-kite-9k13,Kite 13,Zirra,A,ZR9K13-LVQN88C6/I5,Low-cost evaluation board\nzb-kite-9k31,Kite 31,Zirra,C,"
+               "ZR9K31A-LVBG484C6/I5,\"Evaluation board: Ethernet, HDMI, 512 MB DDR3\"\n";
+        QTest::newRow("--boards --count") << "devicequery" << L{"--boards", "--search", "ZIRRA", "--count"} << "8\n";
+        QTest::newRow("--boards, none found") << "devicequery" << L{"--boards", "--search", "nothing", "--json"} << "[]\n";
+        QTest::newRow("--board") << "devicequery" << L{"--board", "zb-kite-9k31", "--csv"}
+            << "zr9k31a-007,ZR9K31A-LVBG484C6/I5,ZR9K,ZR9K31A_BG484,ZR9K31A,,BG484,1.0V,C6/I5,,215,31104,46656,,1944Kb,504Kb,,27,2\n";
+        QTest::newRow("--board unknown") << "devicequery" << L{"--board", "b-9"} << "devicequery: unknown board 'b-9'\n";
+        QTest::newRow("--boards --pn") << "devicequery" << L{"--boards", "--pn", "P"}
+            << "devicequery: --boards takes no other option than --boards-file, --data, --search, --csv, --header, --json and --count\n";
+        QTest::newRow("--boards-file alone") << "devicequery" << L{"--boards-file", boards}
+            << "devicequery: --boards-file needs --boards, --board or --check\n";
+        QTest::newRow("--boards, no file") << "devicequery" << L{"--boards", "--boards-file", "/no/b.csv"}
+            << "devicequery: cannot read board file: /no/b.csv\n";
+        QTest::newRow("--check the bundled boards") << "devicequery||0"
+            << L{"--check", "--boards-file", DEVICE_SOURCE_DIR "/data/device/boards.csv"} << "";
+        QTest::newRow("--check boards") << "devicequery||1" << L{"--check", DEVICEQUERY_FIXTURE, "--boards-file", boards}
+            << DEVICEQUERY_FIXTURE ":2: 8 resource counts instead of 9\n" + boards + ":6: chip 'NOPE-1' of board 'b-3' is not in "
+               "the device catalogue\n" + boards + ":8: line skipped: board identifier 'b-1' is already on line 4\n" + boards
+               + ":9: line skipped: 2 fields instead of 6\n" + boards + ":10: line skipped: a quote out of place\n" + boards
+               + ":11: line skipped: a quote out of place\n" + boards + ":12: line skipped: no board identifier\n";
     }
     void outputAndStatus()
     {
@@ -304,10 +327,12 @@ private Q_SLOTS:
         QVERIFY(QSet<QRgb>(pixels, pixels + 800 * 450).size() > 20); // a rendered dialog, not a blank canvas
         QCOMPARE(runProgram(DEVICEPICKER_PATH, {"--screenshot", png, "--compare", "ZR9K31A-LVQN88C6/I5"}).status, 0);
         QCOMPARE(QImage(png).size(), QSize(900, 760)); // with the comparison panel
+        QCOMPARE(runProgram(DEVICEPICKER_PATH, {"--screenshot", png, "--boards"}).status, 0);
         const QByteArray help = runProgram(DEVICEQUERY_PATH, {"--help"}).out + runProgram(DEVICEPICKER_PATH, {"--help"}).out;
         QVERIFY(help.startsWith("Usage: ") && !help.contains("AUTOANSWER"));
         for (const char* option : {"--search <TEXT>", "--preset <ID>", "--same-package <PN>", "--compare PN [PN...] prints",
-                                   "--compare-panel", "--compare <PN>", "--recent "})
+                                   "--compare-panel", "--compare <PN>", "--recent ",
+                                   "--boards ", "--board <ID>", "--boards-file <FILE>"})
             QVERIFY2(help.contains(option), option);
         QProcessEnvironment german = QProcessEnvironment::systemEnvironment(); // the system's language by default
         german.insert(QStringLiteral("LANGUAGE"), QStringLiteral("de_AT:en"));

@@ -186,6 +186,26 @@
         <source>Remove from comparison</source>
         <translation>Aus dem Vergleich entfernen</translation>
     </message>
+    <message>
+        <source>&amp;Chips</source>
+        <translation>&amp;Bausteine</translation>
+    </message>
+    <message>
+        <source>&amp;Boards</source>
+        <translation>&amp;Platinen</translation>
+    </message>
+    <message>
+        <source>Chips or boards</source>
+        <translation>Bausteine oder Platinen</translation>
+    </message>
+    <message>
+        <source>Boards</source>
+        <translation>Platinen</translation>
+    </message>
+    <message>
+        <source>The boards that pass the search; the selected row&apos;s chip is the chosen chip</source>
+        <translation>Die Platinen, die die Suche findet; der Baustein der gewählten Zeile ist der gewählte Baustein</translation>
+    </message>
 </context>
 <context>
     <name>DEV::DeviceSelectorDialog</name>

@@ -12,6 +12,8 @@
 
 namespace DEV {
 
+struct Board;
+class BoardCatalogue;
 class ChipInfoTableModel;
 struct ChipRequirements;
 class DeviceDb;
@@ -157,6 +159,16 @@ public:
      * nothing, when @p state is not such a value.
      */
     bool restoreState(const QByteArray& state);
+
+    /**
+     * Offers the boards of @p boards (not owned; unset it before it goes) in a tab "Boards" beside the chip
+     * table, the tab "Chips"; the search narrows both. Choosing a board selects its chip as
+     * setCurrentDevice(const ChipInfo&) does, clearing a search that hides it. Null, the default, removes the tabs.
+     */
+    void setBoards(const BoardCatalogue* boards);
+
+    /// The board chosen in the "Boards" tab while its chip is the selected one, else an empty record.
+    Board selectedBoard() const;
 
 Q_SIGNALS:
     /**

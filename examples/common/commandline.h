@@ -6,6 +6,7 @@
 // to standard output as raw bytes, a usage error is one line on standard
 // error, "<program>: <message>", and exit status 2.
 
+#include <boardcatalogue.h>
 #include <devicedb.h>
 
 #include <QByteArray>
@@ -59,6 +60,14 @@ inline QString installedCatalogue()
             return file;
     }
     return QString();
+}
+
+/// The bundled boards: boards.csv beside the catalogue found, wherever that is.
+inline QString installedBoards()
+{
+    const QString catalogue = installedCatalogue();
+    return catalogue.isEmpty() ? QDir::cleanPath(DEV::BoardCatalogue::defaultDataFile())
+                               : QFileInfo(catalogue).dir().filePath(QStringLiteral("boards.csv"));
 }
 
 /// The complaint when no catalogue is found: every place looked at.

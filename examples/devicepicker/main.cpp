@@ -13,6 +13,7 @@
 #include "chipjson.h"
 #include "commandline.h"
 
+#include <boardcatalogue.h>
 #include <chipinfo.h>
 #include <devicedb.h>
 #include <chiprequirements.h>
@@ -34,6 +35,7 @@
 #include <QMessageBox>
 #include <QPixmap>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QSettings>
 #include <QTableView>
 #include <QTimer>
@@ -88,16 +90,19 @@ struct Options
                               QStringLiteral("Offer the last eight chips chosen, newest first, in a Recent "
                                              "drop-down; the dialog's state (those chips, its size, the table's "
                                              "columns) is kept between runs in %1.")};
+    QCommandLineOption boards{QStringLiteral("boards"),
+                              QStringLiteral("Offer the bundled boards (boards.csv beside the catalogue) in a "
+                                             "Boards tab, shown first; choosing a board chooses its chip.")};
 
     /// The options that may be given once only.
     QList<QCommandLineOption> once() const
     {
-        return {help, version, data, preset, partNumber, json, lang, screenshot, comparePanel, recent};
+        return {help, version, data, preset, partNumber, json, lang, screenshot, comparePanel, recent, boards};
     }
     /// All of them, in the order --help lists them.
     QList<QCommandLineOption> all() const
     {
-        return {help, version, data, preset, partNumber, json, lang, screenshot, min, comparePanel, compare, recent};
+        return {help, version, data, preset, partNumber, json, lang, screenshot, min, comparePanel, compare, recent, boards};
     }
 };
 
@@ -110,6 +115,7 @@ struct Setup
     bool comparisonPanel = false;
     QList<DEV::ChipInfo> compared;
     bool recent = false;
+    std::shared_ptr<const DEV::BoardCatalogue> boards;
 };
 
 const char* const kEpilog = R"(
@@ -307,6 +313,10 @@ void prepare(DEV::DeviceSelectorDialog& dialog, const Setup& setup)
         dialog.setCurrentDevice(setup.preset);
     else
         dialog.setCurrentDevice(setup.exact);
+    if (setup.boards) {
+        dialog.deviceSelector()->setBoards(setup.boards.get());
+        dialog.findChild<QTabWidget*>()->setCurrentIndex(1);
+    }
 }
 
 /// Room for the comparison panel below the table, or the dialog's own size.
@@ -476,6 +486,12 @@ int pick(const QCommandLineParser& parser, const Options& o, Answer answer)
     }
     setup.comparisonPanel = parser.isSet(o.comparePanel) || !setup.compared.isEmpty();
     setup.recent = parser.isSet(o.recent);
+    if (parser.isSet(o.boards)) {
+        const QString boards = installedBoards();
+        if (!QFileInfo(boards).isFile() || !QFileInfo(boards).isReadable())
+            return failure(QStringLiteral("cannot read board file: %1").arg(QDir::cleanPath(boards)), person);
+        setup.boards = std::make_shared<const DEV::BoardCatalogue>(boards, *db);
+    }
 
     if (parser.isSet(o.screenshot))
         return screenshot(db, setup, parser.value(o.screenshot));
@@ -486,7 +502,7 @@ int pick(const QCommandLineParser& parser, const Options& o, Answer answer)
     if (answer != Answer::Nobody)
         answerWhenShown(answer);
 
-    if (!setup.requirements.isEmpty() || setup.comparisonPanel || setup.recent)
+    if (!setup.requirements.isEmpty() || setup.comparisonPanel || setup.recent || setup.boards)
         return pickInDialog(parser, o, db, setup);
     const QString& preset = setup.preset;
     const DEV::ChipInfo& exact = setup.exact;

@@ -11,6 +11,8 @@
 #include "chipjson.h"
 #include "commandline.h"
 
+#include <boardcatalogue.h>
+#include <boardtablemodel.h>
 #include <chipcolumns.h>
 #include <chipcomparisonmodel.h>
 #include <chipfilter.h>
@@ -112,12 +114,22 @@ struct Options
     QCommandLineOption check{QStringLiteral("check"),
                              QStringLiteral("Check the catalogue (FILE, --data or the installed one) and list "
                                             "what is wrong in it.")};
+    QCommandLineOption boards{QStringLiteral("boards"),
+                              QStringLiteral("List the boards of the board catalogue (--boards-file or the bundled "
+                                             "one); --search narrows them.")};
+    QCommandLineOption board{QStringLiteral("board"), QStringLiteral("The chip on board ID, as --pn prints it."),
+                             QStringLiteral("ID")};
+    QCommandLineOption boardsFile{QStringLiteral("boards-file"),
+                                  QStringLiteral("Read the boards from FILE instead of the bundled boards.csv; with "
+                                                 "--check, check FILE too."),
+                                  QStringLiteral("FILE")};
 
     /// The options that may be given once only.
     QList<QCommandLineOption> once() const
     {
         return {help,    data,   id, pn,   samePackage,   key, series, device, version, package, speed,
-                voltage, search, in, mode, caseSensitive, csv, header, json,   count,   smallest, check, compare};
+                voltage, search, in, mode, caseSensitive, csv, header, json,   count,   smallest, check, compare,
+                boards,  board,  boardsFile};
     }
 
     QList<QCommandLineOption> all() const { return once() << min; }
@@ -157,7 +169,14 @@ then one line per attribute with differs 1 or 0) and --json (an array of
 {"attribute", "differs", "values"} objects).
 
 --check [FILE] reads a catalogue as the library does and prints each problem
-as FILE:LINE: message; exit status 0 when clean, 1 with findings.
+as FILE:LINE: message; exit status 0 when clean, 1 with findings. With
+--boards-file BOARDS it then checks that board file against the catalogue:
+malformed lines, repeated board identifiers, chips the catalogue lacks.
+
+--boards lists boards (identifier, name, maker, revision, chip part number
+and the chip's LUT, FF, BSRAM, DSP, IO); --csv prints board-file lines,
+--json objects with the chip as --json prints chips (null when unknown).
+--board ID prints the chip on board ID; an unknown board is bad usage.
 
 Output: a table by default (device identifier, then the chip table's
 columns; an empty resource shows as 0), or one of --csv, --json, --count.
@@ -244,6 +263,8 @@ QString conflict(const QCommandLineParser& parser, const Options& o)
         return QStringLiteral("--in, --mode and --case need --search");
     if (parser.isSet(o.data) && parser.value(o.data).isEmpty())
         return QStringLiteral("--data needs a file name");
+    if (parser.isSet(o.boardsFile) && !parser.isSet(o.boards) && !parser.isSet(o.board) && !parser.isSet(o.check))
+        return QStringLiteral("--boards-file needs --boards, --board or --check");
     if (parser.isSet(o.smallest) && !parser.isSet(o.min))
         return QStringLiteral("--smallest needs --min");
     return QString();
@@ -540,6 +561,74 @@ bool compareChips(const DEV::DeviceDb& db, const Query& q, QString* error)
     return true;
 }
 
+/// What @p load returns, with the messages it gives held back: the caller reports them its own way.
+template <typename Load>
+auto quietly(Load load)
+{
+    const QtMessageHandler outer = qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    auto result = load();
+    qInstallMessageHandler(outer);
+    return result;
+}
+
+/// The boards of @p path (the bundled file when empty) on @p db; null, with @p error set, when it cannot be read.
+std::unique_ptr<DEV::BoardCatalogue> openBoards(const QString& path, const DEV::DeviceDb& db, QString* error,
+                                               bool summarise = true)
+{
+    const QString file = path.isEmpty() ? installedBoards() : path;
+    if (!QFileInfo(file).isFile() || !QFileInfo(file).isReadable()) {
+        *error = QStringLiteral("cannot read board file: %1").arg(QDir::cleanPath(file));
+        return nullptr;
+    }
+    // As with the data file, one line on standard error rather than a warning per problem.
+    auto boards = quietly([&] { return std::make_unique<DEV::BoardCatalogue>(file, db); });
+    if (summarise && !boards->problems().isEmpty())
+        std::fprintf(stderr, "%s: %d problems in the board file, the first: %s\n", qPrintable(QCoreApplication::applicationName()),
+                     int(boards->problems().size()), qPrintable(boards->problems().constFirst()));
+    return boards;
+}
+
+/// --boards' output: the board table's cells, board-file lines, or JSON objects with their chips.
+QByteArray boardsText(const QList<DEV::Board>& boards, const Query& query)
+{
+    if (query.format == Format::Count)
+        return QByteArray::number(boards.size()) + '\n';
+    if (query.format == Format::Json) {
+        QJsonArray array;
+        for (const DEV::Board& b : boards) {
+            array.append(QJsonObject{{QStringLiteral("id"), b.id}, {QStringLiteral("name"), b.name},
+                                     {QStringLiteral("maker"), b.maker}, {QStringLiteral("revision"), b.revision},
+                                     {QStringLiteral("partNumber"), b.partNumber}, {QStringLiteral("description"), b.description},
+                                     {QStringLiteral("chip"), b.chip.partNumber.isEmpty() ? QJsonValue() : chipToJson(b.chip)}});
+        }
+        return boards.isEmpty() ? QByteArray("[]\n") : QJsonDocument(array).toJson(QJsonDocument::Indented);
+    }
+    if (boards.isEmpty())
+        return QByteArray();
+    QString text = query.header && query.format == Format::Csv ? QStringLiteral("id,name,maker,revision,partNumber,description\n") : QString();
+    DEV::BoardTableModel model;
+    model.setBoards(boards);
+    QList<QStringList> rows;
+    for (int r = -1; r < model.rowCount(); ++r) {
+        QStringList row;
+        for (int c = 0; c < model.columnCount(); ++c)
+            row << (r < 0 ? model.headerData(c, Qt::Horizontal) : model.index(r, c).data()).toString();
+        rows << row;
+    }
+    // Quoted where a comma or a quote would split the field, as the board file allows.
+    for (const DEV::Board& b : boards) {
+        QStringList fields{b.id, b.name, b.maker, b.revision, b.partNumber, b.description};
+        for (QString& f : fields) {
+            if (f.contains(QLatin1Char(',')) || f.contains(QLatin1Char('"')))
+                f = QLatin1Char('"') + f.replace(QLatin1String("\""), QLatin1String("\"\"")) + QLatin1Char('"');
+        }
+        text += query.format == Format::Csv ? fields.join(QLatin1Char(',')) + QLatin1Char('\n') : QString();
+    }
+    if (query.format == Format::Table)
+        text = alignedLines(rows).join(QLatin1Char('\n')) + QLatin1Char('\n');
+    return text.toUtf8();
+}
+
 /// --check: prints the catalogue's findings; 0 when there are none, 1
 /// with findings, 2 when it cannot be read.
 int checkCatalogue(const QCommandLineParser& parser, const Options& o)
@@ -549,8 +638,8 @@ int checkCatalogue(const QCommandLineParser& parser, const Options& o)
         files << parser.value(o.data);
     if (files.size() > 1)
         return usageError(QStringLiteral("--check reads one catalogue"));
-    if (!onlyAmong(parser, o, {o.check, o.data}))
-        return usageError(QStringLiteral("--check takes no other option than --data"));
+    if (!onlyAmong(parser, o, {o.check, o.data, o.boardsFile}))
+        return usageError(QStringLiteral("--check takes no other option than --data and --boards-file"));
     const QString path = files.isEmpty() ? installedCatalogue() : files.constFirst();
     if (path.isEmpty())
         return usageError(noCatalogue());
@@ -560,7 +649,44 @@ int checkCatalogue(const QCommandLineParser& parser, const Options& o)
         return usageError(QStringLiteral("cannot read data file: %1").arg(path));
     for (const QString& finding : findings)
         printOut((finding + QLatin1Char('\n')).toLocal8Bit());
-    return findings.isEmpty() ? Found : NothingFound;
+    if (!parser.isSet(o.boardsFile))
+        return findings.isEmpty() ? Found : NothingFound;
+    // What the library would warn of while loading is printed as findings.
+    const auto db = quietly([&] { return std::make_unique<DEV::DeviceDb>(path); });
+    QString error;
+    const auto boards = openBoards(parser.value(o.boardsFile), *db, &error, false);
+    if (!boards)
+        return usageError(error);
+    for (const QString& problem : boards->problems())
+        printOut((problem + QLatin1Char('\n')).toLocal8Bit());
+    return findings.isEmpty() && boards->problems().isEmpty() ? Found : NothingFound;
+}
+
+/// --boards and --board: the boards, or the chip on one, in the format asked for.
+int boardQuery(const QCommandLineParser& parser, const Options& o)
+{
+    QString error = conflict(parser, o);
+    if (error.isEmpty() && parser.isSet(o.boards) && !onlyAmong(parser, o, {o.boards, o.boardsFile, o.data, o.search, o.csv, o.header, o.json, o.count}))
+        error = QStringLiteral("--boards takes no other option than --boards-file, --data, --search, --csv, --header, --json and --count");
+    if (error.isEmpty() && parser.isSet(o.board) && !onlyAmong(parser, o, {o.board, o.boardsFile, o.data, o.csv, o.header, o.json, o.count}))
+        error = QStringLiteral("--board takes no other option than --boards-file, --data, --csv, --header, --json and --count");
+    std::optional<Query> query = error.isEmpty() ? readQuery(parser, o, &error) : std::nullopt;
+    std::unique_ptr<DEV::DeviceDb> own;
+    DEV::DeviceDb* db = query ? openDatabase(query->dataFile, &own, &error) : nullptr;
+    const auto boards = db ? openBoards(parser.value(o.boardsFile), *db, &error) : nullptr;
+    if (!boards)
+        return usageError(error);
+    if (parser.isSet(o.boards)) {
+        const QList<DEV::Board> found = boards->search(parser.value(o.search));
+        printOut(boardsText(found, *query));
+        return found.isEmpty() ? NothingFound : Found;
+    }
+    const DEV::Board board = boards->find(parser.value(o.board));
+    if (board.id.isEmpty())
+        return usageError(QStringLiteral("unknown board '%1'").arg(parser.value(o.board)));
+    const QList<DEV::ChipInfo> chips = board.chip.partNumber.isEmpty() ? QList<DEV::ChipInfo>() : QList<DEV::ChipInfo>{board.chip};
+    print(chips, *query);
+    return chips.isEmpty() ? NothingFound : Found;
 }
 
 } // namespace
@@ -592,6 +718,8 @@ int main(int argc, char* argv[])
 
     if (parser.isSet(options.check))
         return checkCatalogue(parser, options);
+    if (parser.isSet(options.boards) || parser.isSet(options.board))
+        return boardQuery(parser, options);
 
     QString error;
     const std::optional<Query> query = readQuery(parser, options, &error);
