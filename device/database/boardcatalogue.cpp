@@ -11,7 +11,7 @@
 
 namespace DEV {
 
-struct BoardCatalogue::Private
+struct pimpl::BoardCataloguePrivate
 {
     QList<Board> boards;
     QHash<QString, int> byId;
@@ -39,7 +39,7 @@ QStringList splitFields(const QString& line)
 } // namespace
 
 BoardCatalogue::BoardCatalogue(const QString& fileName, const DeviceDb& db)
-    : d(new Private)
+    : d(new pimpl::BoardCataloguePrivate)
 {
     QFile file(fileName);
     const bool readable = file.open(QIODevice::ReadOnly);

@@ -173,7 +173,7 @@ public:
     QList<ChipInfo> samePackage(const ChipInfo& chip) const;
 
 private:
-    std::unique_ptr<pimpl::DeviceDbPrivate> d;
+    std::unique_ptr<pimpl::DeviceDbPrivate> const d;
 };
 
 } // namespace DEV

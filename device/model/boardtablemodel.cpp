@@ -22,14 +22,14 @@ const QString& text(const Board& board, int column)
 
 } // namespace
 
-struct BoardTableModel::Private
+struct pimpl::BoardTableModelPrivate
 {
     QList<Board> boards;
 };
 
 BoardTableModel::BoardTableModel(QObject* parent)
     : QAbstractTableModel(parent)
-    , d(new Private)
+    , d(new pimpl::BoardTableModelPrivate)
 {
 }
 
