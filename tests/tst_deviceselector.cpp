@@ -408,9 +408,9 @@ private Q_SLOTS:
         dialog.accept(); // a recent chip, so the drop-down takes the focus, and a chosen one, so OK does
         dialog.show();
         QVERIFY(QTest::qWaitForWindowActive(&dialog));
-        // In reading order, with the buttons as KDE lays them out: the drop-down first when shown; when hidden no
-        // stop, nor in the way (the box hands the focus to its first button).
-        const std::pair<bool, const char*> buttons[] = {{false, "OK,Cancel"}, {true, "Recent chips+,OK,Cancel"}};
+        // In reading order, with the buttons as KDE lays them out: the drop-down first when shown; hidden again, no
+        // stop, nor in the way (the box handed the focus to its first button).
+        const std::pair<bool, const char*> buttons[] = {{true, "Recent chips+,OK,Cancel"}, {false, "OK,Cancel"}};
         for (const auto& [recent, order] : buttons) {
             ButtonLayout style(QDialogButtonBox::KdeLayout);
             dialog.findChild<QDialogButtonBox*>()->setStyle(&style);
