@@ -362,8 +362,8 @@ private Q_SLOTS:
         const bool query = program == DEVICEQUERY_PATH;
         const TestHelpers::Run r = runProgram(copy, query ? L{"--count"} : L(), environment);
         const QString looked = L{file("beside"), file("home"), file("dir1"), file("dir2")}.join(", ");
-        QCOMPARE(QString(r.err), read.isEmpty() ? QFileInfo(program).fileName() + ": no catalogue at " + looked
-                                                      + "; name one with --data FILE\n" : QString());
+        QCOMPARE(QString(r.err), read.isEmpty() ? (query ? "devicequery" : "devicepicker") + QString(": no catalogue at ")
+                                                      + looked + "; name one with --data FILE\n" : QString());
         QCOMPARE(r.status, read.isEmpty() ? 2 : query ? 0 : 1);
         QCOMPARE(QString(r.out), read.isEmpty() || !query ? QString() : QString::number(places.indexOf(read) + 1) + '\n');
     }
