@@ -46,6 +46,11 @@ if(DEVICE_DEB)
     add_link_options(${deb_LDFLAGS})
 endif()
 
+if(CMAKE_VERSION VERSION_LESS 3.19)
+    message(STATUS "CMake ${CMAKE_VERSION} has no CPack build scripts (3.19): no Debian packages")
+    return()
+endif()
+
 string(TOLOWER ${DEVICE_NAME} lower)
 if(QT_MAJOR_VERSION STREQUAL "6")
     set(runtime_package lib${lower}-${PROJECT_VERSION_MAJOR}) # a SONAME ending in a digit

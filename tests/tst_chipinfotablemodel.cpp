@@ -260,5 +260,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestChipInfoTableModel)
+QTEST_GUILESS_MAIN(TestChipInfoTableModel)
 #include "tst_chipinfotablemodel.moc"
