@@ -228,12 +228,14 @@ private Q_SLOTS:
         }
     }
 
-    // Catalogues shaped like a large real one and with every value distinct, with patterns taken from their own values:
-    // stretches of them searched as the round says, and the whole list as typed into the selector.
+    // Catalogues shaped like a large real one, with match keys of their own and with every value distinct, with patterns
+    // taken from their own values: stretches of them searched as the round says, and the whole list as typed into the
+    // selector.
     void shapedCatalogues_data()
     {
         QTest::addColumn<QByteArray>("shape");
         QTest::newRow("real") << QByteArray("real");
+        QTest::newRow("keyed") << QByteArray("keyed");
         QTest::newRow("distinct") << QByteArray("distinct");
     }
     void shapedCatalogues()
