@@ -6,6 +6,7 @@
 #include "testhelpers.h"
 
 #include <chiprequirements.h>
+#include <foldedindex_p.h>
 #include <textscan_p.h>
 
 using DEV::ChipFilter;
@@ -20,23 +21,23 @@ static const std::pair<QString ChipFilter::*, QString ChipInfo::*> Criteria[] = 
     {&ChipFilter::auxiliary, &ChipInfo::auxiliary},   {&ChipFilter::voltage, &ChipInfo::voltage},
     {&ChipFilter::speed, &ChipInfo::speed}};
 
-// The search by every route against the reference at the default tuning and at its extremes, each prepared search
-// made at the tuning before the one it is searched at.
+// The search by every route against the reference at the default tuning and at one of its extremes, chosen at
+// random; a search prepared at either is searched at the other. Chips one by one need no tuning: once is enough.
 template <typename Choose>
 QString disagreementAtEveryTuning(const QList<ChipInfo>& chips, const ChipFilterBySearch& f, Choose& choose)
 {
     const QVector<int> expected = Reference::found(chips, f);
     const auto tunings = TestHelpers::extremeTunings();
-    DEV::ChipSearch prepared = [&] {
-        const TestHelpers::ScopedTuning before(tunings.back().second);
-        return DEV::ChipSearch(chips);
-    }();
-    for (const auto& [name, tuning] : tunings) {
-        const TestHelpers::ScopedTuning scoped(tuning);
-        const QString difference = Reference::disagreement(chips, f, choose, expected, prepared);
+    const auto extreme = tunings.at(1 + size_t(choose(int(tunings.size()) - 1))), usual = tunings.front();
+    for (const auto& [searched, prepared] : {std::make_pair(usual, extreme), std::make_pair(extreme, usual)}) {
+        const DEV::ChipSearch search = [&] {
+            const TestHelpers::ScopedTuning tuning(prepared.second);
+            return DEV::ChipSearch(chips);
+        }();
+        const TestHelpers::ScopedTuning tuning(searched.second);
+        const QString difference = Reference::disagreement(chips, f, choose, expected, search, searched.first == usual.first);
         if (!difference.isEmpty())
-            return QString::fromLatin1(name) + QLatin1String(": ") + difference;
-        prepared = DEV::ChipSearch(chips);
+            return QString::fromLatin1(searched.first + ", prepared at " + prepared.first + ": ") + difference;
     }
     return QString();
 }
@@ -227,12 +228,14 @@ private Q_SLOTS:
         }
     }
 
-    // Catalogues shaped like a large real one and with every value distinct, with patterns taken from their own values:
-    // stretches of them searched as the round says, and the whole list as typed into the selector.
+    // Catalogues shaped like a large real one, with match keys of their own and with every value distinct, with patterns
+    // taken from their own values: stretches of them searched as the round says, and the whole list as typed into the
+    // selector.
     void shapedCatalogues_data()
     {
         QTest::addColumn<QByteArray>("shape");
         QTest::newRow("real") << QByteArray("real");
+        QTest::newRow("keyed") << QByteArray("keyed");
         QTest::newRow("distinct") << QByteArray("distinct");
     }
     void shapedCatalogues()
@@ -320,6 +323,41 @@ private Q_SLOTS:
         }
     }
 
+    // The folded index against the reference chip by chip, at every tuning: Undecided only where a value searched
+    // goes beyond ASCII, and otherwise Found exactly where the reference finds the chip; over a whole list, once and
+    // prepared, and among given positions, few and many.
+    void foldedVerdicts()
+    {
+        QRandomGenerator rng(20261126u);
+        const auto choose = [&rng](int n) { return int(rng.bounded(n)); };
+        const QList<ChipInfo> chips = Reference::randomChips(choose, 300, 20);
+        QVector<int> few, many;
+        for (int k = 0; k < chips.size(); ++k)
+            (k % 3 ? many : few) << k;
+        for (const auto& [name, tuning] : TestHelpers::extremeTunings()) {
+            const TestHelpers::ScopedTuning scoped(tuning);
+            const DEV::pimpl::FoldedChips prepared(chips);
+            for (int round = 0; round < 20; ++round) {
+                const ChipFilterBySearch f{0, 3, false, Reference::randomText(choose, true, round % 4 == 0)};
+                const QByteArray needle = DEV::pimpl::foldedPattern(f.pattern);
+                std::vector<char> once(chips.size()), all(chips.size()), some(chips.size());
+                if (needle.isEmpty() || f.pattern == QLatin1String("0")) // "0" also finds empty values
+                    continue;
+                DEV::pimpl::findFolded(chips, needle, once.data());
+                prepared.find(needle, all.data());
+                prepared.findAmong(needle, few, some.data());
+                prepared.findAmong(needle, many, some.data() + few.size());
+                const QVector<int> order = few + many;
+                for (int k = 0; k < chips.size(); ++k) {
+                    const char expected = Reference::matchSearch(chips.at(k), f) ? DEV::pimpl::Found : DEV::pimpl::Missed;
+                    const bool wide = Reference::beyondAscii(chips.at(k));
+                    for (const char verdict : {once[size_t(k)], all[size_t(k)], some[size_t(order.indexOf(k))]})
+                        QVERIFY2(verdict == expected || (wide && verdict == DEV::pimpl::Undecided), name.constData());
+                }
+            }
+        }
+    }
+
     // The scanning kernel's edges, by every route: the pattern at the end of values whose length puts it in the last
     // bytes of a sixteen-byte block, before, at and after where blocks hand over to single bytes; at the start; missed
     // by one letter at the end; values as long as the pattern and one shorter; fillers of the pattern with a letter
@@ -391,12 +429,8 @@ private Q_SLOTS:
         // Lists with many chips beyond ASCII, which folded text leaves to the plain matcher, and with few: more than one
         // chip in sixteen, and fewer.
         QSet<bool> many;
-        for (const QList<ChipInfo>& chips : lists) {
-            const auto wide = std::count_if(chips.begin(), chips.end(), [](const ChipInfo& c) {
-                return Reference::searchedValues(c, 0).join(QString()).contains(QRegularExpression("[^\\x00-\\x7f]"));
-            });
-            many << (wide * 16 > chips.size());
-        }
+        for (const QList<ChipInfo>& chips : lists)
+            many << (std::count_if(chips.begin(), chips.end(), &Reference::beyondAscii) * 16 > chips.size());
         QCOMPARE(many.size(), 2);
         int matched = 0;
         for (int round = 0; round < 400; ++round) {

@@ -11,6 +11,7 @@
 //
 
 #include "chipinfo.h"
+#include "device_export.h"
 
 #include <QByteArray>
 #include <QList>
@@ -37,11 +38,11 @@ enum Verdict : char { Missed = 0, Found = 1, Undecided = 2 };
 /// @p pattern as folded text, or empty when folded text cannot answer for
 /// it: a unit beyond U+007F (Unicode case folding is more than lower-casing
 /// A to Z) or U+0000, which ends each value in folded text.
-QByteArray foldedPattern(QStringView pattern);
+DEVICE_EXPORT QByteArray foldedPattern(QStringView pattern);
 
 /// Verdicts on every chip of @p chips (verdicts[k] for chip k) for the folded
 /// @p needle, made window after window and kept no longer.
-void findFolded(const QList<ChipInfo>& chips, const QByteArray& needle, char* verdicts);
+DEVICE_EXPORT void findFolded(const QList<ChipInfo>& chips, const QByteArray& needle, char* verdicts);
 
 class FoldedWindow;
 
@@ -50,7 +51,7 @@ class FoldedWindow;
  * Its windows are found by position, so a search splits its work however the
  * tuning says at the time, whatever the split was when it was made.
  */
-class FoldedChips
+class DEVICE_EXPORT FoldedChips
 {
 public:
     explicit FoldedChips(const QList<ChipInfo>& chips);

@@ -2,11 +2,9 @@
 // libFuzzer target: the free-text search against the plain reference, on random chips built by hand and the same
 // chips loaded from a file (where equal values share their data), one chip at a time and over the list by every way
 // the library searches: short lists and long ones, ordinary and prepared, among chosen positions and typed on. The
-// tuning comes from the input, one for preparing the search and another for searching; and the byte kernels meet
-// their plain twins on the input's own bytes.
+// tuning comes from the input, one for preparing the search and another for searching.
 
 #include "reference/reference.h"
-#include "textscan_p.h"
 #include "tuning_p.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -37,25 +35,12 @@ DEV::pimpl::Tuning tuningFrom(FuzzedDataProvider& in)
     return t;
 }
 
-// The byte kernels against their plain twins, on the input's own bytes.
-bool kernelsAgree(FuzzedDataProvider& in)
-{
-    const std::string needle = in.ConsumeRandomLengthString(24), text = in.ConsumeRandomLengthString(96);
-    const QString value = QString::fromUtf8(text.data(), int(text.size()));
-    QByteArray fast(value.size(), 0), plain(value.size(), 0);
-    const bool ascii = DEV::pimpl::plainFold(value, plain.data());
-    return (needle.empty() || DEV::pimpl::find(text, needle) == DEV::pimpl::plainFind(text, needle))
-        && DEV::pimpl::fold(value, fast.data()) == ascii && (!ascii || fast == plain);
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     FuzzedDataProvider in(data, size);
     const DEV::pimpl::Tuning preparing = tuningFrom(in), searching = tuningFrom(in);
-    if (!kernelsAgree(in))
-        std::abort();
     const auto choose = [&in](int n) { return in.ConsumeIntegralInRange<int>(0, n - 1); };
     const DEV::ChipFilterBySearch search = Reference::randomSearch(choose);
     // Up to 48 chips, or 64 to 400.

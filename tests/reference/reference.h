@@ -14,6 +14,7 @@
 #include <QDebug>
 #include <QFile>
 #include <QRegExp>
+#include <QRegularExpression>
 #include <QTextStream>
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
 #include <QStringDecoder>
@@ -73,6 +74,12 @@ inline QStringList searchedValues(const DEV::ChipInfo& c, int group)
     if (group >= 1 && group <= 7)
         return {QStringList{c.series, c.partNumber, c.device, c.deviceVersion, c.package, c.speed, c.voltage}.at(group - 1)};
     return QStringList{c.series, c.partNumber, c.matchKey, c.device, c.package, c.auxiliary, c.voltage} + c.resources;
+}
+
+/// Whether a value that a search of all values reads goes beyond ASCII, where lower-casing is not all of case folding.
+inline bool beyondAscii(const DEV::ChipInfo& c)
+{
+    return searchedValues(c, 0).join(QString()).contains(QRegularExpression(QStringLiteral("[^\\x00-\\x7f]")));
 }
 
 inline bool matchSearch(const DEV::ChipInfo& chip, const DEV::ChipFilterBySearch& filter)
@@ -182,19 +189,19 @@ inline QVector<int> found(const QList<DEV::ChipInfo>& chips, const DEV::ChipFilt
     return rows;
 }
 
-/// Empty when the library answers as the reference found @p expected, for every chip one by one and by every way it
-/// searches a list: the ordinary search (value by value on short lists, folded on longer ones), @p prepared, a search
-/// prepared over @p chips, on all of them, among random ascending positions (some of them outside the list; few or
-/// many, which it answers differently) and among the hits of the search before, as while the user types on.
-/// Otherwise the first difference.
+/// Empty when the library answers as the reference found @p expected, for every chip one by one (when @p oneByOne)
+/// and by every way it searches a list: the ordinary search (value by value on short lists, folded on longer ones),
+/// @p prepared, a search prepared over @p chips, on all of them, among random ascending positions (some of them outside
+/// the list; few or many, which it answers differently) and among the hits of the search before, as while the user
+/// types on. Otherwise the first difference.
 template <typename Choose>
 QString disagreement(const QList<DEV::ChipInfo>& chips, const DEV::ChipFilterBySearch& f, Choose& choose,
-                     const QVector<int>& expected, const DEV::ChipSearch& prepared)
+                     const QVector<int>& expected, const DEV::ChipSearch& prepared, bool oneByOne = true)
 {
     const QString search = QStringLiteral("group %1, syntax %2, case %3, pattern \"%4\": ")
                                .arg(f.group).arg(f.patternSyntax).arg(f.caseSensitive).arg(f.pattern);
     const auto hit = [&expected](int k) { return std::binary_search(expected.begin(), expected.end(), k); };
-    for (int k = 0; k < chips.size(); ++k) {
+    for (int k = 0; oneByOne && k < chips.size(); ++k) {
         if (DEV::matchFilter(chips.at(k), f) != hit(k))
             return search + QStringLiteral("matchFilter differs on chip %1").arg(k);
     }
