@@ -11,8 +11,9 @@
 
 namespace DEV {
 
-struct BoardCatalogue::Private
+class pimpl::BoardCataloguePrivate
 {
+public:
     QList<Board> boards;
     QHash<QString, int> byId;
     QStringList problems;
@@ -39,7 +40,7 @@ QStringList splitFields(const QString& line)
 } // namespace
 
 BoardCatalogue::BoardCatalogue(const QString& fileName, const DeviceDb& db)
-    : d(new Private)
+    : d(new pimpl::BoardCataloguePrivate)
 {
     QFile file(fileName);
     const bool readable = file.open(QIODevice::ReadOnly);

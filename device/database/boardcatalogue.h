@@ -13,6 +13,10 @@ namespace DEV {
 
 class DeviceDb;
 
+namespace pimpl {
+class BoardCataloguePrivate;
+}
+
 /// One board of a BoardCatalogue: a line of the board file and the chip on it.
 struct Board
 {
@@ -57,8 +61,7 @@ public:
     QStringList problems() const;
 
 private:
-    struct Private;
-    std::unique_ptr<Private> const d;
+    std::unique_ptr<pimpl::BoardCataloguePrivate> const d;
 };
 
 } // namespace DEV

@@ -22,14 +22,15 @@ const QString& text(const Board& board, int column)
 
 } // namespace
 
-struct BoardTableModel::Private
+class pimpl::BoardTableModelPrivate
 {
+public:
     QList<Board> boards;
 };
 
 BoardTableModel::BoardTableModel(QObject* parent)
     : QAbstractTableModel(parent)
-    , d(new Private)
+    , d(new pimpl::BoardTableModelPrivate)
 {
 }
 

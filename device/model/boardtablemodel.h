@@ -9,6 +9,10 @@
 
 namespace DEV {
 
+namespace pimpl {
+class BoardTableModelPrivate;
+}
+
 /**
  * @brief Read-only table of boards: Identifier, Name, Maker, Revision and Part Number (the board's), then
  * the chip's LUT, FF, BSRAM, DSP and IO as the chip table shows them (an empty count as "0").
@@ -47,8 +51,7 @@ public:
     ///@}
 
 private:
-    struct Private;
-    std::unique_ptr<Private> const d;
+    std::unique_ptr<pimpl::BoardTableModelPrivate> const d;
 };
 
 } // namespace DEV
