@@ -61,8 +61,8 @@ struct ScopedTuning
 };
 
 /// Named tunings at which every fast routine must answer as its plain twin: the defaults, one part and seven with
-/// every threshold at zero and search windows of one chip (the seven reading blocks of @p blockBytes bytes), and
-/// every threshold and window at its largest.
+/// every threshold at zero and search windows of one chip (the seven reading blocks of @p blockBytes bytes, the first
+/// three of them empty as the rows' work is counted as long as the file), and every threshold and window at its largest.
 inline std::vector<std::pair<QByteArray, DEV::pimpl::Tuning>> extremeTunings(int blockBytes = 3)
 {
     DEV::pimpl::Tuning one, seven, largest;
@@ -74,6 +74,7 @@ inline std::vector<std::pair<QByteArray, DEV::pimpl::Tuning>> extremeTunings(int
     one.parts = 1;
     seven.parts = 7;
     seven.loadBlockBytes = blockBytes;
+    seven.loadRowsWork = 100;
     largest.searchParallelFrom = largest.sortParallelFrom = largest.sortWideDigitsFrom = largest.foldFrom =
         largest.selectorParallelFrom = largest.foldWindow = std::numeric_limits<int>::max();
     largest.loadParallelFrom = std::numeric_limits<qint64>::max();

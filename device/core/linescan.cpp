@@ -49,8 +49,9 @@ bool isUtf8(Encoding codec)
 // How many of the UTF-8 @p bytes decode alone as they do within the whole
 // text: those up to the last ASCII byte, after which no sequence is
 // pending; where there is none, those up to the last sequence whose bytes
-// are all there (an invalid one too). A lead byte that lacks some would
-// make the decoder wait for them across calls.
+// are all there (an invalid one too). The rest waits for the next block:
+// Qt's decoders read a sequence cut between two calls otherwise than a
+// whole one (Qt 5 an invalid one, Qt 6.4 drops the byte after it).
 qsizetype wholeSequences(const QByteArray& bytes)
 {
     qsizetype end = bytes.size();

@@ -79,15 +79,9 @@ struct Line
 };
 
 /**
- * Hands on the lines of bytes fed a block at a time, in bounded memory.
- *
- * Each block is decoded as part of the whole text: in UTF-8, bytes that may
- * belong to a sequence the block cuts wait for the next one, since Qt's
- * decoders read a sequence cut between two calls otherwise than a whole one
- * (Qt 5 an invalid one, Qt 6.4 drops the byte after it). Commas and line
- * breaks are then found in one pass, eight units at a time where SSE2 is at
- * hand, and each line is handed on where it lies in the block; only one that
- * goes on in the next block is put together.
+ * Hands on the lines of bytes fed a block at a time, in bounded memory: each
+ * block is decoded as part of the whole text, its commas and line breaks are
+ * found in one pass, and each line is handed on where it lies in the block.
  */
 class LineScan
 {
@@ -96,8 +90,6 @@ public:
     /// file that starts at a later line keeps a U+FEFF there as text, as one decoder of the whole file would.
     LineScan(Encoding encoding, bool atStart);
     virtual ~LineScan();
-    LineScan(const LineScan&) = delete;
-    LineScan& operator=(const LineScan&) = delete;
 
     void feed(const char* bytes, int size);
     /// Hands on the last line, which no line break ends; there is none when the text ends in a line break.

@@ -353,16 +353,19 @@ const QStringList& PartReader::resources(const Line& line)
 using Parts = std::vector<std::unique_ptr<PartReader>>;
 
 // Where each of @p parts parts of @p file begins, and its end: the split of
-// parallel_p.h, each cut moved forward to just after the next line break.
+// parallel_p.h over the file with the work of creating the rows
+// (Tuning::loadRowsWork) before its start, each cut moved forward to just
+// after the next line break.
 std::vector<qint64> cutsOf(QFile& file, int parts)
 {
-    const qint64 size = file.size();
+    const qint64 size = file.size(), rows = size * std::clamp(tuning().loadRowsWork, 0, 100) / 100;
     const qint64 blockSize = std::clamp<qint64>(tuning().loadBlockBytes, 1, INT_MAX);
     std::vector<qint64> cuts{0};
     for (int p = 1; p < parts; ++p) {
-        qint64 cut = size;
+        const qint64 from = partStart(size + rows, p, parts) - rows;
+        qint64 cut = from <= 0 ? 0 : size;
         QByteArray block;
-        for (file.seek(partStart(size, p, parts) - 1); cut == size && !(block = file.read(blockSize)).isEmpty();) {
+        for (file.seek(std::max<qint64>(0, from - 1)); cut == size && !(block = file.read(blockSize)).isEmpty();) {
             if (block.contains('\n'))
                 cut = file.pos() - block.size() + block.indexOf('\n') + 1;
         }
@@ -447,7 +450,7 @@ DeviceDb::LoadReport readInParts(QFile& file, Encoding encoding, QList<ChipInfo>
     const std::vector<qint64> cuts = cutsOf(file, parts);
     Parts readers;
     for (int p = 0; p < parts; ++p)
-        readers.push_back(std::make_unique<PartReader>(encoding, p == 0));
+        readers.push_back(std::make_unique<PartReader>(encoding, cuts[size_t(p)] == 0));
     std::atomic<int> reading{parts - 1};
     runParts(parts, [&](int p) {
         readers[size_t(p)]->read(p == 0 ? file : *others[size_t(p) - 1], cuts[size_t(p)], cuts[size_t(p) + 1]);

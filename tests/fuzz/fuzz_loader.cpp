@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // libFuzzer target: arbitrary bytes as a device data file, read with a tuning taken from the input's first byte (one
-// part to seven, every threshold at zero or at its largest, blocks of one byte to five or of the default size). The
-// database must load without crashing, leaking or tripping a sanitizer, give the records, the report and the
-// messages of the plain loader, and find every record again by its own keys.
+// part to seven, cut evenly or not, the threshold at zero or at its largest, blocks of one byte to five or of the
+// default size). The database must load without crashing, leaking or tripping a sanitizer, give the records, the
+// report and the messages of the plain loader, and find every record again by its own keys.
 
 #include "devicedb.h"
 #include "devicedb_p.h"
@@ -50,6 +50,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     tuning.loadParallelFrom = data[0] & 0x08 ? 0 : std::numeric_limits<qint64>::max();
     if (data[0] & 0x70)
         tuning.loadBlockBytes = 1 + (data[0] >> 4) % 5;
+    if (data[0] & 0x80)
+        tuning.loadRowsWork = 100; // the first parts empty
     const QByteArray bytes(reinterpret_cast<const char*>(data) + 1, int(size) - 1);
     static QTemporaryDir dir;
     QFile f(dir.filePath(QStringLiteral("device_info.csv")));
