@@ -71,7 +71,8 @@ void DeviceSelector::setBoards(const BoardCatalogue* boards)
 {
     auto* view = findChild<pimpl::BoardsView*>();
     if (!boards && view) {
-        ui->verticalLayout->replaceWidget(view->tabs, ui->tableView);
+        // The layout hands back the item it replaced, and the caller owns it.
+        delete ui->verticalLayout->replaceWidget(view->tabs, ui->tableView);
         ui->tableView->show();
         delete view->tabs;
     }
@@ -80,7 +81,7 @@ void DeviceSelector::setBoards(const BoardCatalogue* boards)
     if (!view) {
         QWidget* beforeTable = ui->tableView->previousInFocusChain();
         auto* tabs = new QTabWidget(this);
-        ui->verticalLayout->replaceWidget(ui->tableView, tabs);
+        delete ui->verticalLayout->replaceWidget(ui->tableView, tabs);
         tabs->addTab(ui->tableView, tr("&Chips"));
         view = new pimpl::BoardsView(tabs, ui->tableView->verticalHeader()->defaultSectionSize());
         setTabOrder(beforeTable, tabs);
