@@ -19,6 +19,20 @@ Q_DECLARE_METATYPE(DEV::pimpl::Tuning)
 
 namespace TestHelpers {
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int SanitizedShare = 8;
+#else
+constexpr int SanitizedShare = 1;
+#endif
+
+/// @p n random rounds in an optimised build, an eighth of them (at least one) under a sanitizer. The rounds look for
+/// wrong answers, which the optimised build finds as well and ten times quicker; a sanitizer needs each route taken,
+/// not each random case again.
+constexpr int rounds(int n)
+{
+    return n / SanitizedShare > 0 ? n / SanitizedShare : 1;
+}
+
 /// Counts every Qt message (from any thread) while alive and keeps the texts of the critical ones, as the default
 /// handler would print them.
 class MessageCapture

@@ -337,7 +337,7 @@ private Q_SLOTS:
         for (const auto& [name, tuning] : TestHelpers::extremeTunings()) {
             const TestHelpers::ScopedTuning scoped(tuning);
             const DEV::pimpl::FoldedChips prepared(chips);
-            for (int round = 0; round < 20; ++round) {
+            for (int round = 0; round < TestHelpers::rounds(20); ++round) {
                 const ChipFilterBySearch f{0, 3, false, Reference::randomText(choose, true, round % 4 == 0)};
                 const QByteArray needle = DEV::pimpl::foldedPattern(f.pattern);
                 std::vector<char> once(chips.size()), all(chips.size()), some(chips.size());
@@ -433,7 +433,8 @@ private Q_SLOTS:
             many << (std::count_if(chips.begin(), chips.end(), &Reference::beyondAscii) * 16 > chips.size());
         QCOMPARE(many.size(), 2);
         int matched = 0;
-        for (int round = 0; round < 400; ++round) {
+        const int rounds = TestHelpers::rounds(400);
+        for (int round = 0; round < rounds; ++round) {
             const ChipFilterBySearch f = Reference::randomSearch(choose);
             const QList<ChipInfo>& chips = lists.at(round % lists.size());
             const QString difference = disagreementAtEveryTuning(chips, f, choose);
@@ -441,13 +442,13 @@ private Q_SLOTS:
             matched += int(Reference::found(chips, f).size() * 1000 / chips.size());
         }
         // Guard against a generator that only ever produces one answer.
-        QVERIFY(matched > 400 * 50 && matched < 400 * 950);
+        QVERIFY(matched > rounds * 50 && matched < rounds * 950);
         // A record of nothing but empty values, which "0" finds.
         QCOMPARE(DEV::filterChips({ChipInfo()}, ChipFilterBySearch{0, 3, false, "0"}).size(), 1);
         QList<ChipInfo> longList;
         while (longList.size() < 17000)
             longList << loaded << built;
-        for (int round = 0; round < 4; ++round) {
+        for (int round = 0; round < TestHelpers::rounds(4); ++round) {
             const QString difference = disagreementAtEveryTuning(longList, Reference::randomSearch(choose), choose);
             QVERIFY2(difference.isEmpty(), qPrintable(difference));
         }

@@ -214,7 +214,7 @@ private Q_SLOTS:
         QTextCodec::setCodecForLocale(QTextCodec::codecForName(localeCodec));
         const TestHelpers::ScopedTuning tuned(tuning);
         QRandomGenerator rng(20261121);
-        for (int i = 0; i < (bytes.isEmpty() ? randomFiles : 1) && !QTest::currentTestFailed(); ++i) {
+        for (int i = 0; i < (bytes.isEmpty() ? TestHelpers::rounds(randomFiles) : 1) && !QTest::currentTestFailed(); ++i) {
             const QByteArray file = bytes.isEmpty() ? randomFile(rng) : bytes;
             const QString path = m_files.write(file);
             MessageCapture referenceMessages;
