@@ -167,6 +167,8 @@ private Q_SLOTS:
             if (block != 3)
                 QTest::addRow("random files, blocks of %d", block) << QByteArray("UTF-8") << QByteArray() << tuning << 300;
             QTest::addRow("runs without ASCII, blocks of %d", block) << QByteArray("UTF-8") << runs << tuning << 0;
+            QTest::addRow("bytes replaced, then a U+FEFF, blocks of %d", block)
+                << QByteArray("UTF-8") << QByteArray("\xBE\xBE\xBE\xEF\xBB\xBF\xC3\xEF\xBB\xBFid,PN,s,k,d,,p,v,c\n") << tuning << 0;
         }
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0) // Qt 6 decodes without the locale
         for (const auto& [name, tuning] : {tunings[0], tunings[2]})

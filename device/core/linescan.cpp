@@ -141,8 +141,10 @@ QVector<QStringList> plainLines(const QByteArray& bytes)
 }
 
 LineScan::LineScan(Encoding encoding, bool atStart)
-    : m_decoder(decoderOf(encoding, atStart))
+    : m_encoding(encoding)
+    , m_decoder(decoderOf(encoding, atStart))
     , m_utf8(isUtf8(encoding))
+    , m_atStart(atStart)
 {
 }
 
@@ -155,6 +157,14 @@ void LineScan::feed(const char* bytes, int size)
         piece = std::exchange(m_held, QByteArray()) + piece;
     const qsizetype whole = m_utf8 ? wholeSequences(piece) : piece.size();
     QString text = decode(m_decoder, piece.constData(), whole);
+    // Qt's decoder takes a U+FEFF for a mark until it has decoded a valid
+    // character, as if bytes it replaced were not there; one decoder of the
+    // whole text keeps it after them. After the first bytes, no UTF-8 block
+    // starts the file (each ends with a whole sequence, so nothing is lost).
+    if (m_utf8 && m_atStart && whole > 0) {
+        m_decoder = decoderOf(m_encoding, false);
+        m_atStart = false;
+    }
     m_held = QByteArray(piece.constData() + whole, piece.size() - whole); // a copy: the block's bytes go
     split(std::move(text));
 }

@@ -103,8 +103,10 @@ private:
     void split(QString text);
     void carry(const QChar* units, int start, int end, int first, int last);
 
+    Encoding m_encoding;
     Decoder m_decoder;
     bool m_utf8;
+    bool m_atStart; // no byte decoded yet
     QByteArray m_held; // bytes that wait for the next block
     std::vector<int> m_marks; // of the block being split
     QString m_carry; // the start of a line that goes on in the next block
