@@ -25,9 +25,10 @@ constexpr int SanitizedShare = 8;
 constexpr int SanitizedShare = 1;
 #endif
 
-/// @p n random rounds in an optimised build, an eighth of them (at least one) under a sanitizer. The rounds look for
-/// wrong answers, which the optimised build finds as well and ten times quicker; a sanitizer needs each route taken,
-/// not each random case again.
+/// @p n random rounds, chips or bytes in an optimised build, an eighth of them (at least one) under a sanitizer. The
+/// rounds and long lists look for wrong answers, which the optimised build finds as well and ten times quicker; a
+/// sanitizer needs each route taken (the extreme tunings take the parallel ones on short lists too), not each random
+/// case again.
 constexpr int rounds(int n)
 {
     return n / SanitizedShare > 0 ? n / SanitizedShare : 1;

@@ -241,15 +241,17 @@ private Q_SLOTS:
     void shapedCatalogues()
     {
         QFETCH(QByteArray, shape);
-        const QList<ChipInfo> chips = m_files.load(TestHelpers::generatedCatalogue(shape.constData(), 17000))->allChipInfo();
+        const QList<ChipInfo> chips =
+            m_files.load(TestHelpers::generatedCatalogue(shape.constData(), TestHelpers::rounds(17000)))->allChipInfo();
+        const int step = TestHelpers::rounds(2801);
         QRandomGenerator rng(20261125u);
         const auto choose = [&rng](int n) { return int(rng.bounded(n)); };
         for (int r = 0; r < 6; ++r) {
-            const ChipInfo& c = chips.at(r * 2801);
+            const ChipInfo& c = chips.at(r * step);
             const QString texts[] = {c.partNumber.left(r % 9 + 1), c.package, c.resources.value(5),
                                      c.series.left(3).toLower(), QStringLiteral("#none#"), c.voltage};
             const ChipFilterBySearch f{r % 4 == 3 ? 2 : 0, r % 4, r % 3 == 1, texts[r % 6]};
-            QString difference = disagreementAtEveryTuning(chips.mid(r * 2801, 400), f, choose);
+            QString difference = disagreementAtEveryTuning(chips.mid(r * step, 400), f, choose);
             QVERIFY2(difference.isEmpty(), qPrintable(difference));
             if (r % 2) // a package, the start of every series, a voltage
                 difference = disagreementAtEveryTuning(chips, ChipFilterBySearch{0, 3, false, texts[r % 6]}, choose);
@@ -272,7 +274,7 @@ private Q_SLOTS:
         c.partNumber = QStringLiteral("Q");
         c.voltage = QStringLiteral("k1");
         QList<ChipInfo> chips{a, b, c};
-        while (chips.size() < 17000)
+        while (chips.size() < TestHelpers::rounds(17000))
             chips << a << c;
         chips.last().voltage = QStringLiteral("LastV");
         QRandomGenerator rng(20261123u);
@@ -446,7 +448,7 @@ private Q_SLOTS:
         // A record of nothing but empty values, which "0" finds.
         QCOMPARE(DEV::filterChips({ChipInfo()}, ChipFilterBySearch{0, 3, false, "0"}).size(), 1);
         QList<ChipInfo> longList;
-        while (longList.size() < 17000)
+        while (longList.size() < TestHelpers::rounds(17000))
             longList << loaded << built;
         for (int round = 0; round < TestHelpers::rounds(4); ++round) {
             const QString difference = disagreementAtEveryTuning(longList, Reference::randomSearch(choose), choose);

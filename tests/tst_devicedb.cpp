@@ -184,10 +184,10 @@ private Q_SLOTS:
         // Lines across the loader's read blocks, a multi-byte character cut by a block edge, a 10 MiB line and one of
         // 10,000 columns.
         QByteArray large;
-        for (int i = 0; large.size() < 3 * 1024 * 1024; ++i)
+        for (int i = 0; large.size() < TestHelpers::rounds(3 * 1024 * 1024); ++i)
             large += TestHelpers::chipLine("id\xC2\xB5" + QByteArray::number(i), "PN-\xE6\x97\xA5" + QByteArray::number(i),
                                            "S1", "DEV1", QByteArray(1, char('A' + i % 5)));
-        large += QByteArray(10 * 1024 * 1024, 'x') + "\nid,PN-WIDE,s,k,d,,p,v,c,x";
+        large += QByteArray(TestHelpers::rounds(10 * 1024 * 1024), 'x') + "\nid,PN-WIDE,s,k,d,,p,v,c,x";
         for (int i = 0; i < 9990; ++i)
             large += ',' + QByteArray::number(i);
         QTest::newRow("large file") << QByteArray("UTF-8") << large << defaults << 0;
@@ -195,16 +195,17 @@ private Q_SLOTS:
         // without a byte-order mark, so the locale's encoding applies.
         QRandomGenerator rng(7);
         QByteArray mixed;
-        for (int i = 1; mixed.size() < 2200 * 1024; ++i)
+        const int partBytes = TestHelpers::rounds(2200 * 1024);
+        for (int i = 1; mixed.size() < partBytes; ++i)
             mixed += i % 8 ? TestHelpers::chipLine("id" + QByteArray::number(i % 50), "PN" + QByteArray::number(i))
                            : randomFile(rng) + '\n';
         QTest::newRow("random lines across the parts") << QByteArray("UTF-8") << mixed << defaults << 0;
         DEV::pimpl::Tuning sevenParts = tunings[2].second;
         sevenParts.loadBlockBytes = 4096;
         QTest::newRow("random lines across 7 parts") << QByteArray("UTF-8") << mixed << sevenParts << 0;
-        QTest::newRow("real-shaped catalogue") << QByteArray("UTF-8") << TestHelpers::generatedCatalogue("real", 17500) << defaults << 0;
-        QTest::newRow("every value distinct") << QByteArray("UTF-8") << TestHelpers::generatedCatalogue("distinct", 15000) << defaults << 0;
-        QTest::newRow("the first bad line in the second part") << QByteArray("UTF-8") << large.left(large.indexOf('\n', 2200 * 1024) + 1) + "bad\n" << defaults << 0;
+        QTest::newRow("real-shaped catalogue") << QByteArray("UTF-8") << TestHelpers::generatedCatalogue("real", TestHelpers::rounds(17500)) << defaults << 0;
+        QTest::newRow("every value distinct") << QByteArray("UTF-8") << TestHelpers::generatedCatalogue("distinct", TestHelpers::rounds(15000)) << defaults << 0;
+        QTest::newRow("the first bad line in the second part") << QByteArray("UTF-8") << large.left(large.indexOf('\n', partBytes) + 1) + "bad\n" << defaults << 0;
     }
     void agreesWithReferenceLoader()
     {
