@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <system_error>
+#include <thread>
 #include <vector>
 
 namespace DEV {
@@ -52,6 +53,13 @@ void runParts(int parts, const std::function<void(int)>& work)
     }
 }
 
+struct Background::Thread
+{
+    std::thread thread;
+};
+
+Background::Background() = default;
+
 Background::~Background()
 {
     wait();
@@ -61,16 +69,21 @@ void Background::start(bool worth, std::function<void()> work)
 {
     wait();
     m_work = std::move(work);
-    if (worth)
-        m_thread = tryThread(m_work);
+    if (!worth)
+        return;
+    std::thread thread = tryThread(m_work);
+    if (thread.joinable())
+        m_thread.reset(new Thread{std::move(thread)});
 }
 
 void Background::wait()
 {
-    if (m_thread.joinable())
-        m_thread.join();
-    else if (m_work)
+    if (m_thread) {
+        m_thread->thread.join();
+        m_thread.reset();
+    } else if (m_work) {
         m_work();
+    }
     m_work = nullptr;
 }
 

@@ -15,7 +15,7 @@
 #include <QtGlobal>
 
 #include <functional>
-#include <thread>
+#include <memory>
 #include <utility>
 
 namespace DEV {
@@ -63,7 +63,7 @@ void inParts(qint64 n, qint64 threshold, Work work)
 class DEVICE_EXPORT Background
 {
 public:
-    Background() = default;
+    Background();
     ~Background();
     Background(const Background&) = delete;
     Background& operator=(const Background&) = delete;
@@ -74,8 +74,9 @@ public:
     void wait();
 
 private:
+    struct Thread; // started and joined in parallel.cpp only
     std::function<void()> m_work;
-    std::thread m_thread;
+    std::unique_ptr<Thread> m_thread; // none: the work runs in wait()
 };
 
 /// A value made by Background work, taken once it is there.
