@@ -8,7 +8,15 @@
 #include "devicedb.h"
 #include "tuning_p.h"
 
-#include <QtTest>
+#include <QAbstractItemModel>
+#include <QFile>
+#include <QMutex>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QScopeGuard>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
 
 #include <limits>
 #include <memory>

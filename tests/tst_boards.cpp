@@ -9,7 +9,12 @@
 #include "searchlineedit.h"
 #include "testhelpers.h"
 
-#include <QtWidgets>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTableView>
+#include <QTimer>
 
 using L = QStringList;
 

@@ -6,7 +6,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QFont>
-#include <QtTest>
+#include <QTest>
 
 using DEV::ChipComparisonModel;
 using DEV::ChipInfo;

@@ -7,6 +7,8 @@
 #include "reference/reference.h"
 #include "testhelpers.h"
 
+#include <QAbstractItemModelTester>
+
 #include <numeric>
 
 using DEV::ChipInfo;

@@ -8,7 +8,7 @@
 
 #include <QPluginLoader>
 #include <QTableView>
-#include <QtTest>
+#include <QTest>
 #include <QtUiPlugin/QDesignerCustomWidgetCollectionInterface>
 
 class TestDesignerPlugin : public QObject

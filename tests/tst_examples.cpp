@@ -8,7 +8,22 @@
 #include "searchlineedit.h"
 #include "testhelpers.h"
 
-#include <QtWidgets>
+#include <QAction>
+#include <QComboBox>
+#include <QDir>
+#include <QFileInfo>
+#include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRegularExpression>
+#include <QSet>
+#include <QStandardPaths>
+#include <QTableView>
+#include <QTranslator>
 
 using TestHelpers::runProgram;
 using L = QStringList;

@@ -5,7 +5,12 @@
 #include "searchlineedit.h"
 #include "testhelpers.h"
 
-#include <QtWidgets>
+#include <QAction>
+#include <QLayout>
+#include <QCursor>
+#include <QMenu>
+#include <QPushButton>
+#include <QTimer>
 
 using DEV::SearchLineEdit;
 using L = QStringList;
