@@ -9,7 +9,10 @@
 #include "tuning_p.h"
 
 #include <QAbstractItemModel>
+#include <QCoreApplication>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QMutex>
 #include <QProcess>
 #include <QRandomGenerator>
@@ -183,10 +186,32 @@ inline Run runProgram(const QString& program, const QStringList& arguments,
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
+/// Where the sources and this build's programs are, from test-paths.json, which CMake writes beside the tests: no
+/// path is compiled into a test, so that ccache serves its object to a clone in any folder.
+inline QString testPath(const char* key)
+{
+    static const QJsonObject paths = [] {
+        QFile file(QCoreApplication::applicationDirPath() + QStringLiteral("/test-paths.json"));
+        if (!file.open(QIODevice::ReadOnly))
+            qFatal("%s: %s", qPrintable(file.fileName()), qPrintable(file.errorString()));
+        return QJsonDocument::fromJson(file.readAll()).object();
+    }();
+    const QString path = paths.value(QLatin1String(key)).toString();
+    if (path.isEmpty())
+        qFatal("test-paths.json names no '%s'", key);
+    return path;
+}
+
+/// The file @p relative (to the root of the sources).
+inline QString sourcePath(const char* relative)
+{
+    return testPath("source") + QLatin1Char('/') + QLatin1String(relative);
+}
+
 /// A catalogue of @p chips chips from scripts/gen-catalogue --shape @p shape ("real" or "distinct").
 inline QByteArray generatedCatalogue(const char* shape, int chips)
 {
-    const Run r = runProgram(QStringLiteral("python3"), {QStringLiteral(DEVICE_GEN_CATALOGUE), QStringLiteral("--shape"),
+    const Run r = runProgram(QStringLiteral("python3"), {sourcePath("scripts/gen-catalogue"), QStringLiteral("--shape"),
                                                          QLatin1String(shape), QStringLiteral("--chips"), QString::number(chips)});
     if (r.status != 0 || r.out.count('\n') != chips)
         qFatal("scripts/gen-catalogue failed: %s", r.err.constData());

@@ -18,7 +18,6 @@
 
 using L = QStringList;
 
-static const QString Boards = QStringLiteral(DEVICE_TEST_DATA "/boards_fixture.csv");
 
 static L ids(const QList<DEV::Board>& boards)
 {
@@ -31,7 +30,8 @@ static L ids(const QList<DEV::Board>& boards)
 class TestBoards : public QObject
 {
     Q_OBJECT
-    DEV::DeviceDb m_db{QStringLiteral(DEVICE_TEST_DATA "/query_fixture.csv")};
+    const QString Boards = TestHelpers::sourcePath("tests/data/boards_fixture.csv");
+    DEV::DeviceDb m_db{TestHelpers::sourcePath("tests/data/query_fixture.csv")};
 
     std::unique_ptr<DEV::BoardCatalogue> quietly()
     {

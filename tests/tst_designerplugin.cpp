@@ -4,6 +4,7 @@
 #include "devicedb.h"
 #include "deviceselector.h"
 #include "searchlineedit.h"
+#include "testhelpers.h"
 #include "ui_designerform.h"
 
 #include <QPluginLoader>
@@ -30,7 +31,7 @@ private Q_SLOTS:
         QFETCH(QString, className);
         QFETCH(QString, header);
         QFETCH(QString, objectName);
-        QPluginLoader loader(QStringLiteral(DEVICE_DESIGNER_PLUGIN));
+        QPluginLoader loader(TestHelpers::testPath("designerPlugin"));
         auto* collection = qobject_cast<QDesignerCustomWidgetCollectionInterface*>(loader.instance());
         QVERIFY2(collection, qPrintable(loader.errorString()));
         QStringList names;
