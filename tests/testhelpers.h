@@ -186,8 +186,8 @@ inline Run runProgram(const QString& program, const QStringList& arguments,
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
-/// Where the sources and this build's programs are, from test-paths.json, which CMake writes beside the tests: no
-/// path is compiled into a test, so that ccache serves its object to a clone in any folder.
+/// Where the sources ("source") and this build's programs are, from test-paths.json, which CMake writes beside the
+/// tests: no path is compiled into a test, so that ccache serves its object to a clone in any folder.
 inline QString testPath(const char* key)
 {
     static const QJsonObject paths = [] {
@@ -202,17 +202,12 @@ inline QString testPath(const char* key)
     return path;
 }
 
-/// The file @p relative (to the root of the sources).
-inline QString sourcePath(const char* relative)
-{
-    return testPath("source") + QLatin1Char('/') + QLatin1String(relative);
-}
-
 /// A catalogue of @p chips chips from scripts/gen-catalogue --shape @p shape ("real" or "distinct").
 inline QByteArray generatedCatalogue(const char* shape, int chips)
 {
-    const Run r = runProgram(QStringLiteral("python3"), {sourcePath("scripts/gen-catalogue"), QStringLiteral("--shape"),
-                                                         QLatin1String(shape), QStringLiteral("--chips"), QString::number(chips)});
+    const QStringList arguments{testPath("source") + "/scripts/gen-catalogue", QStringLiteral("--shape"),
+                                QLatin1String(shape), QStringLiteral("--chips"), QString::number(chips)};
+    const Run r = runProgram(QStringLiteral("python3"), arguments);
     if (r.status != 0 || r.out.count('\n') != chips)
         qFatal("scripts/gen-catalogue failed: %s", r.err.constData());
     return r.out;

@@ -9,12 +9,7 @@
 #include "searchlineedit.h"
 #include "testhelpers.h"
 
-#include <QDialog>
-#include <QDialogButtonBox>
-#include <QPushButton>
-#include <QTabWidget>
-#include <QTableView>
-#include <QTimer>
+#include <QtWidgets>
 
 using L = QStringList;
 
@@ -30,8 +25,8 @@ static L ids(const QList<DEV::Board>& boards)
 class TestBoards : public QObject
 {
     Q_OBJECT
-    const QString Boards = TestHelpers::sourcePath("tests/data/boards_fixture.csv");
-    DEV::DeviceDb m_db{TestHelpers::sourcePath("tests/data/query_fixture.csv")};
+    const QString Boards = TestHelpers::testPath("source") + "/tests/data/boards_fixture.csv";
+    DEV::DeviceDb m_db{TestHelpers::testPath("source") + "/tests/data/query_fixture.csv"};
 
     std::unique_ptr<DEV::BoardCatalogue> quietly()
     {

@@ -11,32 +11,7 @@
 #include "searchlineedit.h"
 #include "testhelpers.h"
 
-#include <QAccessible>
-#include <QAction>
-#include <QApplication>
-#include <QClipboard>
-#include <QComboBox>
-#include <QDataStream>
-#include <QDialogButtonBox>
-#include <QGroupBox>
-#include <QHBoxLayout>
-#include <QHeaderView>
-#include <QHelpEvent>
-#include <QItemSelectionModel>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenu>
-#include <QMetaEnum>
-#include <QPointer>
-#include <QProxyStyle>
-#include <QPushButton>
-#include <QRegularExpression>
-#include <QScrollBar>
-#include <QStyleOption>
-#include <QTableView>
-#include <QTimer>
-#include <QToolTip>
-#include <QVBoxLayout>
+#include <QtWidgets>
 
 #include <numeric>
 

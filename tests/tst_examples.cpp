@@ -8,22 +8,7 @@
 #include "searchlineedit.h"
 #include "testhelpers.h"
 
-#include <QAction>
-#include <QComboBox>
-#include <QDir>
-#include <QFileInfo>
-#include <QImage>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QJsonValue>
-#include <QLabel>
-#include <QLineEdit>
-#include <QRegularExpression>
-#include <QSet>
-#include <QStandardPaths>
-#include <QTableView>
-#include <QTranslator>
+#include <QtWidgets>
 
 using TestHelpers::runProgram;
 using L = QStringList;
@@ -38,25 +23,14 @@ static QLineEdit* field(const QWidget& selector, const QString& column)
     qFatal("no minimum field for %s", qPrintable(column));
 }
 
-static QString deviceQuery()
-{
-    return TestHelpers::testPath("devicequery");
-}
-
-static QString devicePicker()
-{
-    return TestHelpers::testPath("devicepicker");
-}
-
-static QString queryFixture()
-{
-    return TestHelpers::sourcePath("tests/data/query_fixture.csv");
-}
-
 class TestExamples : public QObject
 {
     Q_OBJECT
     TestHelpers::Catalogues m_files;
+    // The sources, this build's programs, and the small catalogue they are run on.
+    const QString m_source = TestHelpers::testPath("source");
+    const QString m_query = TestHelpers::testPath("devicequery"), m_picker = TestHelpers::testPath("devicepicker");
+    const QString m_fixture = m_source + "/tests/data/query_fixture.csv";
 
 private Q_SLOTS:
     // devicepicker --recent keeps its settings here, never in the home directory of whoever runs the tests.
@@ -70,10 +44,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("run");
         QTest::addColumn<L>("arguments");
         QTest::addColumn<QString>("expected");
-        QFile file(queryFixture());
+        QFile file(m_fixture);
         const L fixture = QString(file.open(QIODevice::ReadOnly) ? file.readAll() : "").split('\n', Qt::SkipEmptyParts);
-        const auto query = [](const char* tag, const L& arguments, const QString& expected) {
-            QTest::newRow(tag) << "devicequery" << L{"--data", queryFixture()} + arguments << expected;
+        const auto query = [this](const char* tag, const L& arguments, const QString& expected) {
+            QTest::newRow(tag) << "devicequery" << L{"--data", m_fixture} + arguments << expected;
         };
         // Chips by id, in the order expected; --csv prints their lines of the data file unchanged.
         const auto select = [&](const char* tag, const L& arguments, const L& ids) {
@@ -184,14 +158,14 @@ private Q_SLOTS:
                                           << "devicepicker: no display to show the dialog on (try --screenshot FILE)\n";
         QTest::newRow("--version") << "devicequery" << L{"--version"} << "devicequery " DEVICE_VERSION "\n";
         QTest::newRow("chosen: the old id picks its successor though both are listed; in German")
-            << "devicepicker|accept" << L{"--data", queryFixture(), "--preset", "zr9k31-013", "--lang", "de"}
+            << "devicepicker|accept" << L{"--data", m_fixture, "--preset", "zr9k31-013", "--lang", "de"}
             << "deviceId: zr9k31a-015\npartNumber: ZR9K31AA-LVBG484C6\nseries: ZR9K\nmatchKey: ZR9K31A_BG484A\n"
                "device: ZR9K31A\ndeviceVersion: C\npackage: BG484\nvoltage: 1.0V\nspeed: C6\nauxiliary:\n"
                "resources: 215, 31104, 46656, , 1944Kb, 504Kb, , 27, 2\n";
         QTest::newRow("cancelled, --json") << "devicepicker|reject" << L{"--preset", "zr9k31-013", "--json"} << "";
         QTest::newRow("OK, nothing selected") << "devicepicker|accept" << L() << "";
         // Boards: the bundled ones, and the fixture's, whose problems --check adds to the chip catalogue's finding.
-        const QString boards = TestHelpers::sourcePath("tests/data/boards_fixture.csv");
+        const QString boards = m_source + "/tests/data/boards_fixture.csv";
         QTest::newRow("--boards --csv, quoted") << "devicequery" << L{"--boards", "--search", "kite", "--csv"}
             << "zb-kite-9k13,Kite 13,Zirra,A,ZR9K13-LVQN88C6/I5,Low-cost evaluation board\nzb-kite-9k31,Kite 31,Zirra,C,"
                "ZR9K31A-LVBG484C6/I5,\"Evaluation board: Ethernet, HDMI, 512 MB DDR3\"\n";
@@ -207,9 +181,9 @@ private Q_SLOTS:
         QTest::newRow("--boards, no file") << "devicequery" << L{"--boards", "--boards-file", "/no/b.csv"}
             << "devicequery: cannot read board file: /no/b.csv\n";
         QTest::newRow("--check the bundled boards") << "devicequery||0"
-            << L{"--check", "--boards-file", TestHelpers::sourcePath("data/device/boards.csv")} << "";
-        QTest::newRow("--check boards") << "devicequery||1" << L{"--check", queryFixture(), "--boards-file", boards}
-            << queryFixture() + ":2: 8 resource counts instead of 9\n" + boards + ":6: chip 'NOPE-1' of board 'b-3' is not in "
+            << L{"--check", "--boards-file", m_source + "/data/device/boards.csv"} << "";
+        QTest::newRow("--check boards") << "devicequery||1" << L{"--check", m_fixture, "--boards-file", boards}
+            << m_fixture + ":2: 8 resource counts instead of 9\n" + boards + ":6: chip 'NOPE-1' of board 'b-3' is not in "
                "the device catalogue\n" + boards + ":8: line skipped: board identifier 'b-1' is already on line 4\n" + boards
                + ":9: line skipped: 2 fields instead of 6\n" + boards + ":10: line skipped: a quote out of place\n" + boards
                + ":11: line skipped: a quote out of place\n" + boards + ":12: line skipped: no board identifier\n";
@@ -227,7 +201,7 @@ private Q_SLOTS:
             environment.insert(QStringLiteral("DISPLAY"), QStringLiteral(":9873"));
         }
         const bool query = run.startsWith(QLatin1String("devicequery"));
-        const TestHelpers::Run r = runProgram(query ? deviceQuery() : devicePicker(), arguments, environment);
+        const TestHelpers::Run r = runProgram(query ? m_query : m_picker, arguments, environment);
         const bool error = expected.startsWith(run.section('|', 0, 0) + ": ");
         QCOMPARE(QString::fromUtf8(r.err), error ? expected : QString());
         QCOMPARE(QString::fromUtf8(r.out), error ? QString() : expected);
@@ -238,8 +212,8 @@ private Q_SLOTS:
     // --compare --json carries what --csv does: per attribute its name, whether it differs, the chips' values.
     void compareJsonAsCsv()
     {
-        const L arguments{"--data", queryFixture(), "--compare", "QB1-UVLQ144I7", "ZR9K31-LVBG484C6"};
-        const TestHelpers::Run json = runProgram(deviceQuery(), arguments + L{"--json"});
+        const L arguments{"--data", m_fixture, "--compare", "QB1-UVLQ144I7", "ZR9K31-LVBG484C6"};
+        const TestHelpers::Run json = runProgram(m_query, arguments + L{"--json"});
         QString csv = "attribute,differs,QB1-UVLQ144I7,ZR9K31-LVBG484C6\n";
         for (const QJsonValue row : QJsonDocument::fromJson(json.out).array()) {
             csv += row["attribute"].toString() + (row["differs"].toBool() ? ",1" : ",0");
@@ -249,7 +223,7 @@ private Q_SLOTS:
         }
         QCOMPARE(json.status, 0);
         QCOMPARE(csv.count('\n'), 18);
-        QCOMPARE(QString(runProgram(deviceQuery(), arguments + L{"--csv"}).out), csv);
+        QCOMPARE(QString(runProgram(m_query, arguments + L{"--csv"}).out), csv);
     }
 
     // Resource minimums through the three ways in: the library, the selector's row typed into by key, devicequery
@@ -267,7 +241,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, catalogue);
         QFETCH(L, assignments);
-        const QString path = catalogue.isEmpty() ? TestHelpers::sourcePath("data/device/device_info.csv") : m_files.write(catalogue);
+        const QString path = catalogue.isEmpty() ? m_source + "/data/device/device_info.csv" : m_files.write(catalogue);
         DEV::DeviceDb db(path);
         DEV::ChipRequirements needs;
         L arguments{"--data", path, "--csv"};
@@ -279,7 +253,7 @@ private Q_SLOTS:
         for (const DEV::ChipInfo& chip : DEV::filterChips(db.allChipInfo(), needs))
             library << chip.partNumber;
         L command;
-        for (const QString& line : QString(runProgram(deviceQuery(), arguments).out).split('\n', Qt::SkipEmptyParts))
+        for (const QString& line : QString(runProgram(m_query, arguments).out).split('\n', Qt::SkipEmptyParts))
             command << line.section(',', 1, 1);
         DEV::DeviceSelector selector(&db);
         selector.setRequirementsVisible(true);
@@ -338,7 +312,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, catalogue);
         QFETCH(L, findings);
         const QString file = catalogue.isEmpty() ? QString() : m_files.write(catalogue);
-        const TestHelpers::Run r = runProgram(deviceQuery(), file.isEmpty() ? L{"--check"} : L{"--check", file});
+        const TestHelpers::Run r = runProgram(m_query, file.isEmpty() ? L{"--check"} : L{"--check", file});
         QCOMPARE(QString::fromUtf8(r.out), findings.isEmpty() ? QString() : file + ':' + findings.join('\n' + file + ':') + '\n');
         QCOMPARE(r.status, findings.isEmpty() ? 0 : 1);
     }
@@ -347,18 +321,18 @@ private Q_SLOTS:
     // tool option in --help; the README shows main.cpp's host example.
     void bundledCatalogueScreenshotHelpAndReadme()
     {
-        const L found = QString(runProgram(deviceQuery(), {"--id", "zr9k31-013", "--csv"}).out).split('\n', Qt::SkipEmptyParts);
+        const L found = QString(runProgram(m_query, {"--id", "zr9k31-013", "--csv"}).out).split('\n', Qt::SkipEmptyParts);
         QVERIFY(!found.isEmpty() && found.filter(QRegularExpression("^zr9k31a-015,")) == found);
         const QString png = m_files.path("a.png");
-        QCOMPARE(runProgram(devicePicker(), {"--screenshot", png, "--preset", "zr9k31-013"}).status, 0);
+        QCOMPARE(runProgram(m_picker, {"--screenshot", png, "--preset", "zr9k31-013"}).status, 0);
         const QImage image = QImage(png, "PNG").convertToFormat(QImage::Format_RGB32);
         QCOMPARE(image.size(), QSize(800, 450));
         const auto* pixels = reinterpret_cast<const QRgb*>(image.constBits());
         QVERIFY(QSet<QRgb>(pixels, pixels + 800 * 450).size() > 20); // a rendered dialog, not a blank canvas
-        QCOMPARE(runProgram(devicePicker(), {"--screenshot", png, "--compare", "ZR9K31A-LVQN88C6/I5"}).status, 0);
+        QCOMPARE(runProgram(m_picker, {"--screenshot", png, "--compare", "ZR9K31A-LVQN88C6/I5"}).status, 0);
         QCOMPARE(QImage(png).size(), QSize(900, 760)); // with the comparison panel
-        QCOMPARE(runProgram(devicePicker(), {"--screenshot", png, "--boards"}).status, 0);
-        const QByteArray help = runProgram(deviceQuery(), {"--help"}).out + runProgram(devicePicker(), {"--help"}).out;
+        QCOMPARE(runProgram(m_picker, {"--screenshot", png, "--boards"}).status, 0);
+        const QByteArray help = runProgram(m_query, {"--help"}).out + runProgram(m_picker, {"--help"}).out;
         QVERIFY(help.startsWith("Usage: ") && !help.contains("AUTOANSWER"));
         for (const char* option : {"--search <TEXT>", "--preset <ID>", "--same-package <PN>", "--compare PN [PN...] prints",
                                    "--compare-panel", "--compare <PN>", "--recent ",
@@ -366,8 +340,8 @@ private Q_SLOTS:
             QVERIFY2(help.contains(option), option);
         QProcessEnvironment german = QProcessEnvironment::systemEnvironment(); // the system's language by default
         german.insert(QStringLiteral("LANGUAGE"), QStringLiteral("de_AT:en"));
-        QVERIFY(runProgram(devicePicker(), {"--help"}, german).out.simplified().contains("LANG) is followed when there is a translation for it; here: de."));
-        QFile main(TestHelpers::sourcePath("examples/devicepicker/main.cpp")), readme(TestHelpers::sourcePath("README.md"));
+        QVERIFY(runProgram(m_picker, {"--help"}, german).out.simplified().contains("LANG) is followed when there is a translation for it; here: de."));
+        QFile main(m_source + "/examples/devicepicker/main.cpp"), readme(m_source + "/README.md");
         QVERIFY(main.open(QIODevice::ReadOnly) && readme.open(QIODevice::ReadOnly));
         const QString block = QString::fromUtf8(main.readAll()).section("[host-example]", 1, 1).section('\n', 1, -2);
         QVERIFY2(block.contains("getSelectedChip(")
@@ -383,12 +357,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("program");
         QTest::addColumn<L>("places"); // of beside, home, dir1, dir2
         QTest::addColumn<QString>("read");
-        QTest::newRow("beside the program first") << deviceQuery() << L{"dir2", "home", "beside"} << "beside";
-        QTest::newRow("XDG_DATA_HOME before XDG_DATA_DIRS") << deviceQuery() << L{"dir1", "home"} << "home";
-        QTest::newRow("the first of XDG_DATA_DIRS that has one") << deviceQuery() << L{"dir2"} << "dir2";
-        QTest::newRow("none") << deviceQuery() << L() << "";
-        QTest::newRow("picker: a data directory's") << devicePicker() << L{"dir1"} << "dir1";
-        QTest::newRow("picker: none") << devicePicker() << L() << "";
+        QTest::newRow("beside the program first") << m_query << L{"dir2", "home", "beside"} << "beside";
+        QTest::newRow("XDG_DATA_HOME before XDG_DATA_DIRS") << m_query << L{"dir1", "home"} << "home";
+        QTest::newRow("the first of XDG_DATA_DIRS that has one") << m_query << L{"dir2"} << "dir2";
+        QTest::newRow("none") << m_query << L() << "";
+        QTest::newRow("picker: a data directory's") << m_picker << L{"dir1"} << "dir1";
+        QTest::newRow("picker: none") << m_picker << L() << "";
     }
     void catalogueBesideTheProgramThenInTheDataDirectories()
     {
@@ -414,7 +388,7 @@ private Q_SLOTS:
         environment.insert("DEVICEPICKER_AUTOANSWER", "reject");
         QVERIFY(runProgram(copy, {"--help"}, environment)
                     .out.endsWith("\nCatalogue read: " + (read.isEmpty() ? "none found" : file(read).toUtf8()) + '\n'));
-        const bool query = program == deviceQuery();
+        const bool query = program == m_query;
         const TestHelpers::Run r = runProgram(copy, query ? L{"--count"} : L(), environment);
         const QString looked = L{file("beside"), file("home"), file("dir1"), file("dir2")}.join(", ");
         // The programs name themselves without the Qt 6 build's suffix, as in every other message.
@@ -453,7 +427,7 @@ private Q_SLOTS:
         QJsonObject chip;
         for (const QString& run : runs) {
             x.insert(QStringLiteral("DEVICEPICKER_AUTOANSWER"), run.section(':', 0, 0));
-            const L arguments = L{"-a", devicePicker(), "--json"} + run.section(':', 1).split(' ');
+            const L arguments = L{"-a", m_picker, "--json"} + run.section(':', 1).split(' ');
             chip = QJsonDocument::fromJson(runProgram(QStandardPaths::findExecutable("xvfb-run"), arguments, x).out).object();
         }
         QCOMPARE(chip["partNumber"].toString(), partNumber);
@@ -463,9 +437,9 @@ private Q_SLOTS:
     // Refreshed by lupdate, the file stays as it is unless a text was added to or dropped from the code.
     void translationCompleteAndInStepWithTheSources()
     {
-        const QString shipped = TestHelpers::sourcePath("translations/device_de.ts"), fresh = m_files.path("de.ts");
+        const QString shipped = m_source + "/translations/device_de.ts", fresh = m_files.path("de.ts");
         QVERIFY(QFile::copy(shipped, fresh) && QFile::setPermissions(fresh, QFile::ReadOwner | QFile::WriteOwner));
-        const L arguments{TestHelpers::sourcePath("device/filter"), TestHelpers::sourcePath("device/ui"), "-no-obsolete", "-locations", "none", "-ts", fresh};
+        const L arguments{m_source + "/device/filter", m_source + "/device/ui", "-no-obsolete", "-locations", "none", "-ts", fresh};
         QCOMPARE(runProgram(TestHelpers::testPath("lupdate"), arguments).status, 0);
         QFile before(shipped), after(fresh);
         QVERIFY(before.open(QIODevice::ReadOnly) && after.open(QIODevice::ReadOnly));

@@ -5,12 +5,7 @@
 #include "searchlineedit.h"
 #include "testhelpers.h"
 
-#include <QAction>
-#include <QLayout>
-#include <QCursor>
-#include <QMenu>
-#include <QPushButton>
-#include <QTimer>
+#include <QtWidgets>
 
 using DEV::SearchLineEdit;
 using L = QStringList;
