@@ -13,7 +13,6 @@
 
 using L = QStringList;
 
-
 static L ids(const QList<DEV::Board>& boards)
 {
     L ids;
@@ -25,26 +24,26 @@ static L ids(const QList<DEV::Board>& boards)
 class TestBoards : public QObject
 {
     Q_OBJECT
-    const QString Boards = TestHelpers::testPath("source") + "/tests/data/boards_fixture.csv";
+    const QString m_boards = TestHelpers::testPath("source") + "/tests/data/boards_fixture.csv";
     DEV::DeviceDb m_db{TestHelpers::testPath("source") + "/tests/data/query_fixture.csv"};
 
     std::unique_ptr<DEV::BoardCatalogue> quietly()
     {
         const TestHelpers::MessageCapture quiet;
-        return std::make_unique<DEV::BoardCatalogue>(Boards, m_db);
+        return std::make_unique<DEV::BoardCatalogue>(m_boards, m_db);
     }
 
 private Q_SLOTS:
     // Bad lines are skipped, an unknown chip kept; each is warned of, in line order, as problems() keeps it.
     void loading()
     {
-        const L problems{Boards + ":6: chip 'NOPE-1' of board 'b-3' is not in the device catalogue",
-                         Boards + ":8: line skipped: board identifier 'b-1' is already on line 4",
-                         Boards + ":9: line skipped: 2 fields instead of 6", Boards + ":10: line skipped: a quote out of place",
-                         Boards + ":11: line skipped: a quote out of place", Boards + ":12: line skipped: no board identifier"};
+        const L problems{m_boards + ":6: chip 'NOPE-1' of board 'b-3' is not in the device catalogue",
+                         m_boards + ":8: line skipped: board identifier 'b-1' is already on line 4",
+                         m_boards + ":9: line skipped: 2 fields instead of 6", m_boards + ":10: line skipped: a quote out of place",
+                         m_boards + ":11: line skipped: a quote out of place", m_boards + ":12: line skipped: no board identifier"};
         for (const QString& problem : problems)
             QTest::ignoreMessage(QtWarningMsg, qPrintable(problem));
-        const DEV::BoardCatalogue catalogue(Boards, m_db);
+        const DEV::BoardCatalogue catalogue(m_boards, m_db);
         QCOMPARE(catalogue.problems(), problems);
         QCOMPARE(ids(catalogue.boards()), (L{"b-2", "b-1", "b-3", "b-4"}));
         const DEV::Board beta = catalogue.find("b-2");
