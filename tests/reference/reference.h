@@ -296,12 +296,12 @@ inline QVector<int> sortedRows(const QList<DEV::ChipInfo>& chips, QVector<int> r
 }
 
 // Table rows full of ties and of texts that only some comparisons tell apart: texts that differ only after many equal
-// units or only by a trailing U+0000, counts that are not plain digits, "Kb" in odd places, short resource lists.
-// Every text cell starts with @p prefix; only @p wide rows have units beyond U+00FF.
+// units, by a trailing U+0000 or in a unit's lowest bit ("11", "10"), counts that are not plain digits, "Kb" in odd
+// places, short resource lists. Every text cell starts with @p prefix; only @p wide rows have units beyond U+00FF.
 template <typename Choose>
 QList<DEV::ChipInfo> randomRows(Choose& choose, int count, const QString& prefix = QString(), bool wide = true)
 {
-    static const QStringList words = QStringList{"", "a", "A", "Z", "9", "10", " ", "LX9PK88", "\xc3\xa9"}
+    static const QStringList words = QStringList{"", "a", "A", "Z", "9", "10", "1", " ", "LX9PK88", "\xc3\xa9"}
                                      << QString(QChar(0)) << "\xef\xbf\xbf" << "\xf0\x9f\x98\x80";
     static const QStringList counts{"", "0", "-3", "+4", " 5", "x", "007", "1234567890", "2147483648", "8Kb", "Kb8", "Kb",
                                     "64KB", "2Mb", "16kb", "1Kb0Kb", "12KbKb", "0x10", "1234567890Kb", "7", "35", "-1Kb"};
